@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# Installs the Debian packages the build needs (idempotent, quiet), then
+# configures and builds a release tree in build/.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+packages=(cmake ninja-build g++ pkg-config zlib1g-dev libgtest-dev libbenchmark-dev)
+if [ "${HTCORE_EXTRA_PACKAGES:-}" ]; then
+  read -r -a extra <<<"$HTCORE_EXTRA_PACKAGES"
+  packages+=("${extra[@]}")
+fi
+missing=()
+for p in "${packages[@]}"; do
+  dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+  sudo_cmd=""
+  [ "$(id -u)" -ne 0 ] && sudo_cmd="sudo"
+  $sudo_cmd apt-get update -qq
+  $sudo_cmd env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+fi
+
+if [ "${HTCORE_SETUP_ONLY_PACKAGES:-}" = 1 ]; then
+  exit 0
+fi
+cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release -DHTCORE_TESTS=OFF >/dev/null
+cmake --build build --target htcore_tool

@@ -1,0 +1,123 @@
+#include "htcore/foundation/hstring.h"
+
+#include <cstdlib>
+#include <new>
+
+#include "htcore/foundation/exception.h"
+
+namespace ht {
+namespace detail {
+
+void* AllocStr(size_t unit_size, size_t length) {
+  void* p = std::malloc(sizeof(StrHeader) + (length + 1) * unit_size);
+  if (!p)
+    throw std::bad_alloc();
+  auto* h = new (p) StrHeader;
+  h->refs.store(1, std::memory_order_relaxed);
+  h->length = static_cast<int32_t>(length);
+  char* text = static_cast<char*>(p) + sizeof(StrHeader);
+  std::memset(text + length * unit_size, 0, unit_size);
+  return p;
+}
+
+void FreeStr(void* header) {
+  static_cast<StrHeader*>(header)->~StrHeader();
+  std::free(header);
+}
+
+void StrTooLong() { throw EOutOfMemory(); }
+
+}  // namespace detail
+
+hstring Utf8ToHString(std::string_view utf8) {
+  if (utf8.empty())
+    return hstring();
+  hstring out;
+  char16_t* d = out.SetLength(utf8.size());  // never more units than bytes
+  char16_t* start = d;
+  auto s = reinterpret_cast<const uint8_t*>(utf8.data());
+  const uint8_t* end = s + utf8.size();
+  while (s < end) {
+    uint32_t c = *s;
+    if (c < 0x80) {
+      *d++ = static_cast<char16_t>(c);
+      ++s;
+      continue;
+    }
+    int extra;
+    uint32_t min;
+    if ((c & 0xE0) == 0xC0) {
+      extra = 1, min = 0x80, c &= 0x1F;
+    } else if ((c & 0xF0) == 0xE0) {
+      extra = 2, min = 0x800, c &= 0x0F;
+    } else if ((c & 0xF8) == 0xF0) {
+      extra = 3, min = 0x10000, c &= 0x07;
+    } else {
+      *d++ = 0xFFFD;
+      ++s;
+      continue;
+    }
+    if (end - s <= extra) {
+      extra = static_cast<int>(end - s) - 1;
+      min = 0xFFFFFFFF;  // truncated: force the replacement below
+    }
+    int i = 1;
+    for (; i <= extra; ++i) {
+      if ((s[i] & 0xC0) != 0x80)
+        break;
+      c = (c << 6) | (s[i] & 0x3F);
+    }
+    if (i <= extra || c < min || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) {
+      *d++ = 0xFFFD;
+      s += i;
+      continue;
+    }
+    s += extra + 1;
+    if (c >= 0x10000) {
+      c -= 0x10000;
+      *d++ = static_cast<char16_t>(0xD800 + (c >> 10));
+      *d++ = static_cast<char16_t>(0xDC00 + (c & 0x3FF));
+    } else {
+      *d++ = static_cast<char16_t>(c);
+    }
+  }
+  out.Truncate(static_cast<size_t>(d - start));
+  return out;
+}
+
+std::string HStringToUtf8(std::u16string_view text) {
+  std::string out;
+  out.resize(text.size() * 3);
+  char* d = out.data();
+  const char16_t* s = text.data();
+  const char16_t* end = s + text.size();
+  while (s < end) {
+    uint32_t c = *s++;
+    if (c < 0x80) {
+      *d++ = static_cast<char>(c);
+      continue;
+    }
+    if (c >= 0xD800 && c <= 0xDFFF) {
+      if (c < 0xDC00 && s < end && *s >= 0xDC00 && *s <= 0xDFFF) {
+        c = 0x10000 + ((c - 0xD800) << 10) + (*s++ - 0xDC00);
+      } else {
+        c = 0xFFFD;
+      }
+    }
+    if (c < 0x800) {
+      *d++ = static_cast<char>(0xC0 | (c >> 6));
+    } else if (c < 0x10000) {
+      *d++ = static_cast<char>(0xE0 | (c >> 12));
+      *d++ = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+    } else {
+      *d++ = static_cast<char>(0xF0 | (c >> 18));
+      *d++ = static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+      *d++ = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+    }
+    *d++ = static_cast<char>(0x80 | (c & 0x3F));
+  }
+  out.resize(static_cast<size_t>(d - out.data()));
+  return out;
+}
+
+}  // namespace ht

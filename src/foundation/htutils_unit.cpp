@@ -1,0 +1,15 @@
+// Start and stop of the htutils and htdictionary units.
+#include "foundation/cpu_internal.h"
+#include "foundation/units.h"
+
+namespace ht::detail {
+
+void StartHtUtils() { StartCpu(); }
+
+void StopHtUtils() {}
+
+void StartHtDictionary() {}
+
+void StopHtDictionary() {}
+
+}  // namespace ht::detail

@@ -1,0 +1,29 @@
+// Sub-commands of the htcore tool. Each group lives in its own cmd_*.cpp and
+// is listed once in commands.cpp.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace htcore_cli {
+
+struct Command {
+  const char* name;   // first word on the command line
+  const char* usage;  // shown in the help
+  const char* help;
+  int (*run)(int argc, char** argv);  // arguments after the command word
+};
+
+const std::vector<Command>& Commands();
+
+// Reads a whole file, or standard input for "-". Prints one line to stderr and
+// returns false when it cannot.
+bool ReadInput(const char* name, std::string& bytes);
+
+// Prints "htcore: MESSAGE" on stderr and returns 1, for `return Fail(...)`.
+int Fail(const std::string& message);
+
+int CmdVersion(int argc, char** argv);
+
+}  // namespace htcore_cli
