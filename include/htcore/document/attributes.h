@@ -1,0 +1,68 @@
+// THtAttributes: the attribute set of a document node and of a parser item.
+//
+// Attributes are kept sorted by name (binary search), so source order is not
+// kept. Without CaseSensitive the stored names are lower case and lookups
+// ignore ASCII case. Only the first Count entries of List are valid: Clear sets
+// Count to 0 and keeps the array and its strings for the next item.
+//
+//   ht::THtAttributes a;
+//   a.SetAttribute(u"HREF"_hs, u"x.html"_hs);   // stored as "href"
+//   a.GetAttribute(u"href"_hs);                 // "x.html"
+//   for (const ht::THtAttribute& at : a) ...    // in name order
+#pragma once
+
+#include <vector>
+
+#include "htcore/foundation/hstring.h"
+#include "htcore/foundation/object.h"
+
+namespace ht {
+
+struct THtAttribute {
+  hstring Name;
+  hstring Value;
+};
+
+class THtAttributes : public TObject {
+public:
+  THtAttributes() = default;
+  explicit THtAttributes(bool ACaseSensitive) : CaseSensitive(ACaseSensitive) {}
+
+  bool CaseSensitive = false;
+  int Count = 0;
+  std::vector<THtAttribute> List;  // entries from Count on are spare
+
+  // Binary search. Index is the position found, or where the name belongs.
+  // An empty set or an empty name gives false with Index 0.
+  bool Find(const hstring& AttrName, int& Index) const;
+  int Indexof(const hstring& AttrName) const;  // -1 if missing
+  bool HasAttribute(const hstring& AttrName) const { return Indexof(AttrName) >= 0; }
+
+  // Inserts without testing for a duplicate; returns the index used.
+  int Add(const hstring& AttrName, const hstring& AttrValue);
+
+  hstring GetAttribute(const hstring& Name) const;
+  // Replaces the value of an existing name, or inserts.
+  void SetAttribute(const hstring& Name, const hstring& Value) { SetAttributeEx(Name, Value); }
+  // As SetAttribute; tells whether something changed.
+  bool SetAttributeEx(const hstring& Name, const hstring& Value);
+  // Removes the attribute; false if there was none.
+  bool ClearAttr(const hstring& Name);
+  void Delete(int Index);
+  void Clear() { Count = 0; }
+  // Copies names, values and CaseSensitive.
+  void Assign(const THtAttributes& Source);
+
+  const hstring& GetName(int Index) const { return GetItem(Index).Name; }
+  const hstring& GetValue(int Index) const { return GetItem(Index).Value; }
+  void SetValue(int Index, const hstring& Value);
+  const THtAttribute& GetItem(int Index) const;
+
+  const THtAttribute* begin() const { return List.data(); }
+  const THtAttribute* end() const { return List.data() + Count; }
+
+private:
+  int InsertAt(int Index, const hstring& AttrName, const hstring& AttrValue);
+};
+
+}  // namespace ht
