@@ -1,0 +1,414 @@
+// Dictionaries keyed by an hstring that lives inside the value.
+//
+// The key is not stored: a slot holds the hash and the value pointer, and the
+// key is read out of the value, through a byte offset given at construction or
+// through a typed accessor. The typed wrappers are the pleasant way:
+//
+//   struct TTag : ht::TObject { ht::hstring Name; int Id = 0; };
+//   ht::THtObjectDictionaryOf<TTag, &TTag::Name> tags(255);    // owning
+//   tags.AddObject(new TTag{{}, u"div"_hs, 1});
+//   TTag* t = tags.Get(src + pos, len);       // a slice of the source, no hstring made
+//   uint32_t h = tags.HashOf(p, n); int s = tags.FindHashed(h, p, n);  // hash once
+//
+// The untyped classes take a byte offset from the value pointer to the key;
+// measure it on a live object with HtClassFieldOffset (offsetof is not
+// portable for classes with virtual functions). THtObjectDictionary values are
+// TObject*, so the offset counts from the TObject subobject; THtPointerDictionary
+// values are bare record pointers.
+//
+// Add, Put and AddHashed are one operation here: an existing key gets the new
+// value (an owning dictionary deletes a different, non-null old one) and the
+// slot is returned. THtThreadObjectDictionary adds a readers-writer lock.
+#pragma once
+
+#include "htcore/foundation/hash.h"
+#include "htcore/foundation/hstring.h"
+#include "htcore/foundation/id_dictionary.h"
+
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <mutex>
+#include <shared_mutex>
+#include <type_traits>
+
+namespace ht {
+
+// Hash of a UTF-16 text given as pointer and length.
+using THtHashFunc = uint32_t (*)(const char16_t* p, int Len);
+// Reads the key out of a stored value.
+using THtKeyAccessor = const hstring& (*)(const void* Value);
+
+// Byte distance from Object to Field, measured on a live object:
+//   HtClassFieldOffset(static_cast<TObject*>(&sample), &sample.Name)
+inline std::ptrdiff_t HtClassFieldOffset(const void* Object, const void* Field) noexcept {
+  return static_cast<const char*>(Field) - static_cast<const char*>(Object);
+}
+
+namespace detail {
+
+// How a string-keyed dictionary finds the key inside a value.
+struct THtKeyAccess {
+  THtHashFunc HashFunc;
+  std::ptrdiff_t Offset;
+  THtKeyAccessor Accessor; // null: read at Offset
+
+  const hstring& Of(const void* Value) const noexcept {
+    if (Accessor)
+      return Accessor(Value);
+    return *reinterpret_cast<const hstring*>(static_cast<const char*>(Value) + Offset);
+  }
+};
+
+inline bool HtKeyEquals(const hstring& Stored, const char16_t* p, int Len) noexcept {
+  return Stored.Length() == Len &&
+         (Len == 0 || std::memcmp(Stored.Pointer(), p, static_cast<size_t>(Len) * sizeof(char16_t)) == 0);
+}
+
+inline bool HtKeyEquals(const hstring& Stored, const hstring& Key) noexcept {
+  if (Stored.Pointer() == Key.Pointer())
+    return true;
+  const size_t n = Stored.size();
+  return n == Key.size() && n != 0 && std::memcmp(Stored.Pointer(), Key.Pointer(), n * sizeof(char16_t)) == 0;
+}
+
+} // namespace detail
+
+class THtObjectDictionary : protected THtIdObjectDictionary {
+public:
+  // A null AHashFunc selects ShaPerfectHash.
+  THtObjectDictionary(int ACapacity, bool AOwnsObjects, std::ptrdiff_t AKeyOffset,
+                      THtHashFunc AHashFunc = nullptr);
+  THtObjectDictionary(int ACapacity, bool AOwnsObjects, THtKeyAccessor AKeyAccessor,
+                      THtHashFunc AHashFunc = nullptr);
+
+  using THtIdObjectDictionary::Capacity;
+  using THtIdObjectDictionary::Clear;
+  using THtIdObjectDictionary::Count;
+  using THtIdObjectDictionary::ForEach;
+  using THtIdObjectDictionary::GetNext;
+  using THtIdObjectDictionary::GrowAt;
+  using THtIdObjectDictionary::IsEmptySlot;
+  using THtIdObjectDictionary::Items;
+  using THtIdObjectDictionary::Mask;
+  using THtIdObjectDictionary::OwnsObjects;
+  using THtIdObjectDictionary::SetCapacity;
+  using THtIdObjectDictionary::SetOwnsObjects;
+  using THtIdObjectDictionary::Traverse;
+
+  THtHashFunc HashFunc() const noexcept { return FKey.HashFunc; }
+  uint32_t HashOf(const hstring& Key) const { return FKey.HashFunc(Key.c_str(), Key.Length()); }
+  uint32_t HashOf(const char16_t* p, int Len) const { return FKey.HashFunc(p, Len); }
+  const hstring& KeyOf(const TObject* Value) const noexcept { return FKey.Of(Value); }
+
+  // Slot of the key, or the complement of the slot where it would go.
+  int FindHashed(uint32_t Hash, const hstring& Key) const {
+    return Probe(Hash,
+                 [&](const THtDictionaryItem& s) { return detail::HtKeyEquals(FKey.Of(s.Value), Key); });
+  }
+  int FindHashed(uint32_t Hash, const char16_t* p, int Len) const {
+    return Probe(Hash,
+                 [&](const THtDictionaryItem& s) { return detail::HtKeyEquals(FKey.Of(s.Value), p, Len); });
+  }
+  bool Find(const hstring& Key, TObject*& Value) const {
+    const int i = FindHashed(HashOf(Key), Key);
+    Value = i >= 0 ? ValueAt(i) : nullptr;
+    return i >= 0;
+  }
+  bool Find(const char16_t* p, int Len, TObject*& Value) const {
+    const int i = FindHashed(HashOf(p, Len), p, Len);
+    Value = i >= 0 ? ValueAt(i) : nullptr;
+    return i >= 0;
+  }
+  TObject* GetHashed(uint32_t Hash, const hstring& Key) const {
+    const int i = FindHashed(Hash, Key);
+    return i >= 0 ? ValueAt(i) : nullptr;
+  }
+  TObject* Get(const hstring& Key) const { return GetHashed(HashOf(Key), Key); }
+  TObject* Get(const char16_t* p, int Len) const {
+    const int i = FindHashed(HashOf(p, Len), p, Len);
+    return i >= 0 ? ValueAt(i) : nullptr;
+  }
+  bool ContainsKey(const hstring& Key) const { return FindHashed(HashOf(Key), Key) >= 0; }
+  bool ContainsKey(const char16_t* p, int Len) const { return FindHashed(HashOf(p, Len), p, Len) >= 0; }
+
+  // Inserts, or replaces the value of an existing key; returns the slot.
+  int AddHashed(uint32_t Hash, const hstring& Key, TObject* Value);
+  int Add(const hstring& Key, TObject* Value) { return AddHashed(HashOf(Key), Key, Value); }
+  int PutHashed(uint32_t Hash, const hstring& Key, TObject* Value) { return AddHashed(Hash, Key, Value); }
+  int Put(const hstring& Key, TObject* Value) { return AddHashed(HashOf(Key), Key, Value); }
+  // The key is read out of Value.
+  int AddObject(TObject* Value);
+
+  // Removes the entry and returns its value, never deleting it; null when absent.
+  TObject* ExtractHashed(uint32_t Hash, const hstring& Key);
+  TObject* Extract(const hstring& Key) { return ExtractHashed(HashOf(Key), Key); }
+  // Removes the entry, deleting its value when owned.
+  void RemoveHashed(uint32_t Hash, const hstring& Key);
+  void Remove(const hstring& Key) { RemoveHashed(HashOf(Key), Key); }
+
+protected:
+  detail::THtKeyAccess FKey;
+};
+
+class THtPointerDictionary : protected THtIdPointerDictionary {
+public:
+  // A null AHashFunc selects ShaPerfectHashAsm.
+  THtPointerDictionary(int ACapacity, std::ptrdiff_t AKeyOffset, THtHashFunc AHashFunc = nullptr);
+  THtPointerDictionary(int ACapacity, THtKeyAccessor AKeyAccessor, THtHashFunc AHashFunc = nullptr);
+
+  using THtIdPointerDictionary::Capacity;
+  using THtIdPointerDictionary::Clear;
+  using THtIdPointerDictionary::Count;
+  using THtIdPointerDictionary::ForEach;
+  using THtIdPointerDictionary::GetNext;
+  using THtIdPointerDictionary::GrowAt;
+  using THtIdPointerDictionary::IsEmptySlot;
+  using THtIdPointerDictionary::Items;
+  using THtIdPointerDictionary::Mask;
+  using THtIdPointerDictionary::SetCapacity;
+  using THtIdPointerDictionary::Traverse;
+
+  THtHashFunc HashFunc() const noexcept { return FKey.HashFunc; }
+  uint32_t HashOf(const hstring& Key) const { return FKey.HashFunc(Key.c_str(), Key.Length()); }
+  uint32_t HashOf(const char16_t* p, int Len) const { return FKey.HashFunc(p, Len); }
+  const hstring& KeyOf(const void* Value) const noexcept { return FKey.Of(Value); }
+
+  int FindHashed(uint32_t Hash, const hstring& Key) const {
+    return Probe(Hash,
+                 [&](const THtDictionaryItem& s) { return detail::HtKeyEquals(FKey.Of(s.Value), Key); });
+  }
+  int FindHashed(uint32_t Hash, const char16_t* p, int Len) const {
+    return Probe(Hash,
+                 [&](const THtDictionaryItem& s) { return detail::HtKeyEquals(FKey.Of(s.Value), p, Len); });
+  }
+  bool Find(const hstring& Key, void*& Value) const {
+    const int i = FindHashed(HashOf(Key), Key);
+    Value = i >= 0 ? FItems[i].Value : nullptr;
+    return i >= 0;
+  }
+  bool Find(const char16_t* p, int Len, void*& Value) const {
+    const int i = FindHashed(HashOf(p, Len), p, Len);
+    Value = i >= 0 ? FItems[i].Value : nullptr;
+    return i >= 0;
+  }
+  void* GetHashed(uint32_t Hash, const hstring& Key) const {
+    const int i = FindHashed(Hash, Key);
+    return i >= 0 ? FItems[i].Value : nullptr;
+  }
+  void* Get(const hstring& Key) const { return GetHashed(HashOf(Key), Key); }
+  void* Get(const char16_t* p, int Len) const {
+    const int i = FindHashed(HashOf(p, Len), p, Len);
+    return i >= 0 ? FItems[i].Value : nullptr;
+  }
+  bool ContainsKey(const hstring& Key) const { return FindHashed(HashOf(Key), Key) >= 0; }
+  bool ContainsKey(const char16_t* p, int Len) const { return FindHashed(HashOf(p, Len), p, Len) >= 0; }
+
+  int AddHashed(uint32_t Hash, const hstring& Key, void* Value);
+  int Add(const hstring& Key, void* Value) { return AddHashed(HashOf(Key), Key, Value); }
+  int PutHashed(uint32_t Hash, const hstring& Key, void* Value) { return AddHashed(Hash, Key, Value); }
+  int Put(const hstring& Key, void* Value) { return AddHashed(HashOf(Key), Key, Value); }
+  int AddPointer(void* Value);
+
+  void* ExtractHashed(uint32_t Hash, const hstring& Key);
+  void* Extract(const hstring& Key) { return ExtractHashed(HashOf(Key), Key); }
+  // Nothing is owned: removing is extracting.
+  void* RemoveHashed(uint32_t Hash, const hstring& Key) { return ExtractHashed(Hash, Key); }
+  void* Remove(const hstring& Key) { return ExtractHashed(HashOf(Key), Key); }
+
+protected:
+  detail::THtKeyAccess FKey;
+};
+
+namespace detail {
+template <class T, auto Field>
+concept HtHStringKeyOf = requires(const T& t) {
+  { t.*Field } -> std::same_as<const hstring&>;
+};
+} // namespace detail
+
+// THtObjectDictionary of T (a TObject) keyed by the hstring member Key, with
+// typed results and a probe that reads the key with no indirect call.
+// KeyField may be a member of a base class of T.
+template <class T, auto KeyField>
+requires std::is_base_of_v<TObject, T> && detail::HtHStringKeyOf<T, KeyField>
+class THtObjectDictionaryOf : public THtObjectDictionary {
+public:
+  explicit THtObjectDictionaryOf(int ACapacity = 0, bool AOwnsObjects = true, THtHashFunc AHashFunc = nullptr)
+      : THtObjectDictionary(ACapacity, AOwnsObjects, &KeyOfValue, AHashFunc) {}
+
+  static const hstring& KeyOfValue(const void* Value) noexcept {
+    return static_cast<const T*>(static_cast<const TObject*>(Value))->*KeyField;
+  }
+
+  int FindHashed(uint32_t Hash, const char16_t* p, int Len) const {
+    return Probe(
+        Hash, [&](const THtDictionaryItem& s) { return detail::HtKeyEquals(KeyOfValue(s.Value), p, Len); });
+  }
+  int FindHashed(uint32_t Hash, const hstring& Key) const {
+    return Probe(Hash,
+                 [&](const THtDictionaryItem& s) { return detail::HtKeyEquals(KeyOfValue(s.Value), Key); });
+  }
+  T* GetHashed(uint32_t Hash, const hstring& Key) const { return At(FindHashed(Hash, Key)); }
+  T* Get(const hstring& Key) const { return At(FindHashed(HashOf(Key), Key)); }
+  T* Get(const char16_t* p, int Len) const { return At(FindHashed(HashOf(p, Len), p, Len)); }
+  bool Find(const hstring& Key, T*& Value) const {
+    const int i = FindHashed(HashOf(Key), Key);
+    Value = At(i);
+    return i >= 0;
+  }
+  bool Find(const char16_t* p, int Len, T*& Value) const {
+    const int i = FindHashed(HashOf(p, Len), p, Len);
+    Value = At(i);
+    return i >= 0;
+  }
+  int AddObject(T* Value) { return THtObjectDictionary::AddObject(Value); }
+  T* ExtractHashed(uint32_t Hash, const hstring& Key) {
+    return Cast(THtObjectDictionary::ExtractHashed(Hash, Key));
+  }
+  T* Extract(const hstring& Key) { return Cast(THtObjectDictionary::Extract(Key)); }
+  T* GetNext(int& Index) const { return Cast(THtObjectDictionary::GetNext(Index)); }
+  template <class F> void ForEach(F&& AFunc) const {
+    THtObjectDictionary::ForEach([&](TObject* v) { AFunc(Cast(v)); });
+  }
+
+private:
+  static T* Cast(TObject* v) noexcept { return static_cast<T*>(v); }
+  T* At(int i) const noexcept { return i >= 0 ? Cast(ValueAt(i)) : nullptr; }
+};
+
+// THtPointerDictionary of records Rec keyed by the hstring member Key.
+template <class Rec, auto KeyField>
+requires detail::HtHStringKeyOf<Rec, KeyField>
+class THtPointerDictionaryOf : public THtPointerDictionary {
+public:
+  explicit THtPointerDictionaryOf(int ACapacity = 0, THtHashFunc AHashFunc = nullptr)
+      : THtPointerDictionary(ACapacity, &KeyOfValue, AHashFunc) {}
+
+  static const hstring& KeyOfValue(const void* Value) noexcept {
+    return static_cast<const Rec*>(Value)->*KeyField;
+  }
+
+  int FindHashed(uint32_t Hash, const char16_t* p, int Len) const {
+    return Probe(
+        Hash, [&](const THtDictionaryItem& s) { return detail::HtKeyEquals(KeyOfValue(s.Value), p, Len); });
+  }
+  int FindHashed(uint32_t Hash, const hstring& Key) const {
+    return Probe(Hash,
+                 [&](const THtDictionaryItem& s) { return detail::HtKeyEquals(KeyOfValue(s.Value), Key); });
+  }
+  Rec* GetHashed(uint32_t Hash, const hstring& Key) const { return At(FindHashed(Hash, Key)); }
+  Rec* Get(const hstring& Key) const { return At(FindHashed(HashOf(Key), Key)); }
+  Rec* Get(const char16_t* p, int Len) const { return At(FindHashed(HashOf(p, Len), p, Len)); }
+  bool Find(const char16_t* p, int Len, Rec*& Value) const {
+    const int i = FindHashed(HashOf(p, Len), p, Len);
+    Value = At(i);
+    return i >= 0;
+  }
+  bool Find(const hstring& Key, Rec*& Value) const {
+    const int i = FindHashed(HashOf(Key), Key);
+    Value = At(i);
+    return i >= 0;
+  }
+  int AddPointer(Rec* Value) { return THtPointerDictionary::AddPointer(Value); }
+  Rec* Extract(const hstring& Key) { return static_cast<Rec*>(THtPointerDictionary::Extract(Key)); }
+  Rec* Remove(const hstring& Key) { return Extract(Key); }
+  Rec* GetNext(int& Index) const { return static_cast<Rec*>(THtPointerDictionary::GetNext(Index)); }
+  template <class F> void ForEach(F&& AFunc) const {
+    THtPointerDictionary::ForEach([&](void* v) { AFunc(static_cast<Rec*>(v)); });
+  }
+
+private:
+  Rec* At(int i) const noexcept { return i >= 0 ? static_cast<Rec*>(FItems[i].Value) : nullptr; }
+};
+
+// A THtObjectDictionary shared between threads: the operations that take a key
+// hold the lock (shared for ContainsKey, Find, Get and Traverse; exclusive for
+// AddObject, Add, Put, Extract and Remove). The ...Hashed forms do not lock:
+// a caller using them holds Lock() itself. The hash is computed before the
+// lock is taken. A value obtained under the read lock stays valid only as
+// long as no writer removes it.
+class THtThreadObjectDictionary : protected THtObjectDictionary {
+public:
+  // A null AHashFunc selects ShaPerfectHashAsm.
+  THtThreadObjectDictionary(int ACapacity, bool AOwnsObjects, std::ptrdiff_t AKeyOffset,
+                            THtHashFunc AHashFunc = nullptr);
+  THtThreadObjectDictionary(int ACapacity, bool AOwnsObjects, THtKeyAccessor AKeyAccessor,
+                            THtHashFunc AHashFunc = nullptr);
+
+  using THtObjectDictionary::AddHashed;
+  using THtObjectDictionary::Capacity;
+  using THtObjectDictionary::Clear;
+  using THtObjectDictionary::Count;
+  using THtObjectDictionary::ExtractHashed;
+  using THtObjectDictionary::FindHashed;
+  using THtObjectDictionary::GetHashed;
+  using THtObjectDictionary::GetNext;
+  using THtObjectDictionary::GrowAt;
+  using THtObjectDictionary::HashOf;
+  using THtObjectDictionary::KeyOf;
+  using THtObjectDictionary::OwnsObjects;
+  using THtObjectDictionary::PutHashed;
+  using THtObjectDictionary::RemoveHashed;
+  using THtObjectDictionary::SetCapacity;
+
+  std::shared_mutex& Lock() const noexcept { return FLock; }
+
+  bool ContainsKey(const hstring& Key) const {
+    const uint32_t h = HashOf(Key);
+    std::shared_lock lock(FLock);
+    return FindHashed(h, Key) >= 0;
+  }
+  bool Find(const hstring& Key, TObject*& Value) const {
+    const uint32_t h = HashOf(Key);
+    std::shared_lock lock(FLock);
+    const int i = FindHashed(h, Key);
+    Value = i >= 0 ? ValueAt(i) : nullptr;
+    return i >= 0;
+  }
+  bool Find(const char16_t* p, int Len, TObject*& Value) const {
+    const uint32_t h = HashOf(p, Len);
+    std::shared_lock lock(FLock);
+    const int i = FindHashed(h, p, Len);
+    Value = i >= 0 ? ValueAt(i) : nullptr;
+    return i >= 0;
+  }
+  TObject* Get(const hstring& Key) const {
+    const uint32_t h = HashOf(Key);
+    std::shared_lock lock(FLock);
+    return GetHashed(h, Key);
+  }
+  void Traverse(void* Data, THtObjectTraverseProc Callback) const {
+    std::shared_lock lock(FLock);
+    THtObjectDictionary::Traverse(Data, Callback);
+  }
+
+  int AddObject(TObject* Value) {
+    const hstring& key = KeyOf(Value);
+    const uint32_t h = HashOf(key);
+    std::unique_lock lock(FLock);
+    return AddHashed(h, key, Value);
+  }
+  int Add(const hstring& Key, TObject* Value) {
+    const uint32_t h = HashOf(Key);
+    std::unique_lock lock(FLock);
+    return AddHashed(h, Key, Value);
+  }
+  int Put(const hstring& Key, TObject* Value) { return Add(Key, Value); }
+  TObject* Extract(const hstring& Key) {
+    const uint32_t h = HashOf(Key);
+    std::unique_lock lock(FLock);
+    return ExtractHashed(h, Key);
+  }
+  void Remove(const hstring& Key) {
+    const uint32_t h = HashOf(Key);
+    std::unique_lock lock(FLock);
+    RemoveHashed(h, Key);
+  }
+
+private:
+  mutable std::shared_mutex FLock;
+};
+
+} // namespace ht
