@@ -22,7 +22,7 @@ struct TUnit {
 const TUnit kUnits[] = {
     {"htutils", StartHtUtils, StopHtUtils},
     {"htdictionary", StartHtDictionary, StopHtDictionary},
-    {"htmlpars", nullptr, nullptr},
+    {"htmlpars", StartHtmlPars, StopHtmlPars},
     {"htmlcss", nullptr, nullptr},
     {"htmlani", nullptr, nullptr},
     {"htxml", nullptr, nullptr},

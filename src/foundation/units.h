@@ -13,4 +13,8 @@ void StopHtUtils();
 void StartHtDictionary();
 void StopHtDictionary();
 
+// htmlpars: entity, colour and character class tables of the document model.
+void StartHtmlPars();
+void StopHtmlPars();
+
 }  // namespace ht::detail

@@ -1,0 +1,14 @@
+// Start steps of the htmlpars unit, run in this order by StartHtmlPars.
+#pragma once
+
+namespace ht::detail {
+
+void LowerColorNames();
+void BuildEntityDictionaries();
+void BuildColorDictionary();
+void InstallThemeColorPrc();
+
+void FreeEntityTables();
+void FreeColorTables();
+
+}  // namespace ht::detail

@@ -1,0 +1,20 @@
+// Start and stop of the htmlpars unit: the character tables of the document
+// model. After start they are read-only.
+#include "document/htmlpars_start.h"
+#include "foundation/units.h"
+
+namespace ht::detail {
+
+void StartHtmlPars() {
+  LowerColorNames();
+  BuildEntityDictionaries();
+  BuildColorDictionary();
+  InstallThemeColorPrc();
+}
+
+void StopHtmlPars() {
+  FreeColorTables();
+  FreeEntityTables();
+}
+
+}  // namespace ht::detail
