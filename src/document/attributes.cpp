@@ -1,8 +1,8 @@
 #include "htcore/document/attributes.h"
 
-#include <algorithm>
-
 #include "htcore/foundation/exception.h"
+
+#include <algorithm>
 
 namespace ht {
 

@@ -4,6 +4,7 @@
 #include "document/html_colour_data.h"
 #include "document/htmlpars_start.h"
 #include "htcore/foundation/startup.h"
+#include "htcore/foundation/text_utils.h"
 
 #include <algorithm>
 #include <cmath>
@@ -43,15 +44,6 @@ struct TColorTables {
 
 // Filled at start, read-only afterwards, freed at stop.
 TColorTables* g_tables = nullptr;
-
-hstring lower_ascii(view s) {
-  hstring r(s);
-  if (char16_t* p = r.UniqueData())
-    for (size_t i = 0; i < r.size(); ++i)
-      if (p[i] >= u'A' && p[i] <= u'Z')
-        p[i] = static_cast<char16_t>(p[i] + 32);
-  return r;
-}
 
 int hex_value(char16_t c) {
   if (c >= u'0' && c <= u'9')
@@ -256,13 +248,13 @@ std::span<const THtSysColorRec> HtSysColorTable() {
 
 uint32_t HtStringtoColor(std::u16string_view s) {
   EnsureStarted();
-  const THtColorRec* c = find_colour(lower_ascii(s).view());
+  const THtColorRec* c = find_colour(LowerCase(s).view());
   return c ? 0xFF000000 | c->rgb : 0;
 }
 
 uint32_t HtStringtoSysColor(std::u16string_view s) {
   EnsureStarted();
-  const THtSysColorRec* c = find_sys_colour(lower_ascii(s).view());
+  const THtSysColorRec* c = find_sys_colour(LowerCase(s).view());
   return c ? CallThemeColorPrc(c->index) : 0;
 }
 
@@ -303,9 +295,9 @@ namespace detail {
 void LowerColorNames() {
   auto* t = new TColorTables;
   for (int i = 0; i < kHtColorCount; ++i)
-    t->colors[i] = {lower_ascii(kColorSource[i].name), kColorSource[i].rgb};
+    t->colors[i] = {LowerCase(kColorSource[i].name), kColorSource[i].rgb};
   for (int i = 0; i < kHtSysColorCount; ++i)
-    t->sys_colors[i] = {lower_ascii(kSysColorSource[i].name), kSysColorSource[i].index};
+    t->sys_colors[i] = {LowerCase(kSysColorSource[i].name), kSysColorSource[i].index};
   g_tables = t;
 }
 

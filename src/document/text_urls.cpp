@@ -1,7 +1,7 @@
 // Finding URLs in plain text.
 #include "htcore/document/unicode_classes.h"
-
-#include <string>
+#include "htcore/foundation/fast_string.h"
+#include "htcore/foundation/text_utils.h"
 
 namespace ht {
 
@@ -9,19 +9,17 @@ namespace {
 
 using view = std::u16string_view;
 
-char16_t lower_ascii(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; }
-
 bool starts_with_nocase(view s, view prefix) {
   if (s.size() < prefix.size())
     return false;
   for (size_t i = 0; i < prefix.size(); ++i)
-    if (lower_ascii(s[i]) != prefix[i])
+    if (CharLower(s[i]) != prefix[i])
       return false;
   return true;
 }
 
 bool is_alnum_ascii(char16_t c) {
-  return (c >= u'0' && c <= u'9') || (lower_ascii(c) >= u'a' && lower_ascii(c) <= u'z');
+  return (c >= u'0' && c <= u'9') || (CharLower(c) >= u'a' && CharLower(c) <= u'z');
 }
 
 bool looks_like_url(view w) {
@@ -61,7 +59,7 @@ size_t trim_tail(view w) {
 
 hstring ReplaceTextURLs(const hstring& s, const TReplaceURLProc& Proc) {
   view text = s.view();
-  std::u16string out;
+  TFastString out(static_cast<int>(text.size()) + 256);
   size_t copied = 0;  // text[0, copied) is already in out
   bool found = false;
   size_t i = 0;
@@ -82,16 +80,16 @@ hstring ReplaceTextURLs(const hstring& s, const TReplaceURLProc& Proc) {
     if (url.empty() || !looks_like_url(url))
       continue;
     size_t url_start = start + lead;
-    out.append(text.substr(copied, url_start - copied));
+    out.Add(text.substr(copied, url_start - copied));
     hstring replacement = Proc ? Proc(url) : hstring(url);
-    out.append(replacement.view());
+    out.Add(replacement.view());
     copied = url_start + url.size();
     found = true;
   }
   if (!found)
     return s;
-  out.append(text.substr(copied));
-  return hstring(out.data(), out.size());
+  out.Add(text.substr(copied));
+  return out.GetAsString();
 }
 
 }  // namespace ht
