@@ -1,10 +1,14 @@
 // Start and stop of the htutils and htdictionary units.
 #include "foundation/cpu_internal.h"
 #include "foundation/units.h"
+#include "foundation/url_escapes.h"
 
 namespace ht::detail {
 
-void StartHtUtils() { StartCpu(); }
+void StartHtUtils() {
+  StartCpu();
+  StartUrlEscapes();
+}
 
 void StopHtUtils() {}
 
@@ -12,4 +16,4 @@ void StartHtDictionary() {}
 
 void StopHtDictionary() {}
 
-}  // namespace ht::detail
+} // namespace ht::detail
