@@ -1,5 +1,6 @@
 #include "htcore/foundation/exception.h"
 #include "htcore/foundation/id_list.h"
+#include "htcore/foundation/string_list.h" // shares TDuplicates: both must compile together
 
 #include <algorithm>
 #include <functional>

@@ -15,16 +15,12 @@
 // use FindCardinal, and keep a second value in the spare word of each entry.
 #pragma once
 
-#include "htcore/foundation/enum_info.h"
+#include "htcore/foundation/duplicates.h"
 #include "htcore/foundation/object.h"
 
 #include <cstdint>
 
 namespace ht {
-
-// What Add does on a sorted list when the ID is already there. dupIgnore and
-// dupAccept both add the entry; only dupError refuses it.
-HT_ENUM(TDuplicates, dupIgnore, dupAccept, dupError)
 
 // One entry: three machine words.
 struct TIDItem {
@@ -33,6 +29,9 @@ struct TIDItem {
   intptr_t Data; // free for derived lists
 };
 
+// On a sorted list, dupIgnore and dupAccept both let Add insert an ID that is
+// already there; only dupError refuses it. Lists built on TIDList rely on
+// equal keys being kept.
 class TIDList {
 public:
   explicit TIDList(int ACapacity = 0);

@@ -16,6 +16,7 @@
 // name up without making an hstring of it.
 #pragma once
 
+#include "htcore/foundation/duplicates.h"
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/object.h"
 
@@ -23,8 +24,6 @@
 #include <vector>
 
 namespace ht {
-
-enum TDuplicates { dupIgnore, dupAccept, dupError };
 
 struct TStringItem {
   hstring FString;
