@@ -31,33 +31,6 @@ TEntityTables* g_tables = nullptr;
 
 }  // namespace
 
-THtEntityDictionary::THtEntityDictionary() { FMap.reserve(kHtEntityCount); }
-
-void THtEntityDictionary::AddRec(const THtEntityRec* rec) { FMap.emplace(rec->name.view(), rec); }
-
-uint32_t THtEntityDictionary::FindEntity(const char16_t* p, int Len) const {
-  if (Len <= 0)
-    return 0;
-  auto it = FMap.find(std::u16string_view(p, static_cast<size_t>(Len)));
-  return it == FMap.end() ? 0 : it->second->code;
-}
-
-THtEntityReverseDictionary::THtEntityReverseDictionary() { FMap.reserve(kHtEntityCount); }
-
-bool THtEntityReverseDictionary::Excluded(uint32_t c) noexcept {
-  return c <= 591 || (c >= 880 && c <= 1279) || (c >= 1328 && c <= 1871) || (c >= 8192 && c <= 8351);
-}
-
-void THtEntityReverseDictionary::AddRec(const THtEntityRec* rec) {
-  if (!Excluded(rec->code))
-    FMap.emplace(rec->code, rec);  // keeps the first name of a code
-}
-
-const THtEntityRec* THtEntityReverseDictionary::FindEntity(uint32_t c) const {
-  auto it = FMap.find(c);
-  return it == FMap.end() ? nullptr : it->second;
-}
-
 std::span<const THtEntityRec> HtEntityTable() {
   EnsureStarted();
   if (!g_tables)
@@ -91,7 +64,7 @@ void BuildEntityDictionaries() {
   auto* t = new TEntityTables;
   for (int i = 0; i < kHtEntityCount; ++i) {
     t->recs[i] = {hstring(kEntitySource[i].name), kEntitySource[i].code};
-    t->by_name.AddRec(&t->recs[i]);
+    t->by_name.AddPointer(&t->recs[i]);
     t->by_code.AddRec(&t->recs[i]);
   }
   g_tables = t;

@@ -4,12 +4,12 @@
 #include "document/html_colour_data.h"
 #include "document/htmlpars_start.h"
 #include "htcore/foundation/startup.h"
+#include "htcore/foundation/string_dictionary.h"
 #include "htcore/foundation/text_utils.h"
 
 #include <algorithm>
 #include <cmath>
 #include <memory>
-#include <unordered_map>
 
 namespace ht {
 
@@ -17,20 +17,13 @@ namespace {
 
 using view = std::u16string_view;
 
-// Stand-in until the dictionary family lands.
-class THtColorDictionary {
+// Colour records by lowered name.
+class THtColorDictionary : public THtPointerDictionaryOf<THtColorRec, &THtColorRec::name> {
 public:
-  THtColorDictionary(const THtColorRec* recs, int n) {
+  THtColorDictionary(THtColorRec* recs, int n) : THtPointerDictionaryOf(n) {
     for (int i = 0; i < n; ++i)
-      map_.emplace(recs[i].name.view(), &recs[i]);
+      AddPointer(&recs[i]);
   }
-  const THtColorRec* FindColor(const char16_t* p, int len) const {
-    auto it = map_.find(view(p, static_cast<size_t>(len)));
-    return it == map_.end() ? nullptr : it->second;
-  }
-
-private:
-  std::unordered_map<view, const THtColorRec*> map_;
 };
 
 // Stand-in until the theme procedure lands.
@@ -91,7 +84,7 @@ const THtSysColorRec* find_sys_colour(view s) {
 }
 
 const THtColorRec* find_colour(view s) {
-  return g_tables ? g_tables->by_name->FindColor(s.data(), static_cast<int>(s.size())) : nullptr;
+  return g_tables ? g_tables->by_name->Get(s.data(), static_cast<int>(s.size())) : nullptr;
 }
 
 // A small reader for the arguments of rgba(): blanks, then one optional ','

@@ -1,10 +1,8 @@
 #include "htcore/document/attributes.h"
+#include "htcore/foundation/exception.h"
 
 #include <gtest/gtest.h>
-
 #include <string>
-
-#include "htcore/foundation/exception.h"
 
 using namespace ht;
 

@@ -140,3 +140,17 @@ TEST(Entities, ReverseLeavesOutScriptRanges) {
   EXPECT_EQ(FindEntity(0u), nullptr);
   EXPECT_EQ(FindEntity(0x110000u), nullptr);
 }
+
+TEST(Entities, DictionariesAreSizedForTheTable) {
+  const THtEntityDictionary* names = HtEntityDictionary();
+  const THtEntityReverseDictionary* codes = HtEntityReverseDictionary();
+  ASSERT_NE(names, nullptr);
+  ASSERT_NE(codes, nullptr);
+  EXPECT_EQ(names->Count(), 2125);
+  EXPECT_EQ(names->HashFunc(), static_cast<THtHashFunc>(&RSHash));
+  EXPECT_EQ(codes->Count(), 995);
+  // Room for every record without growing: 2,125 entries fill 4,096 slots to
+  // just over half, below the three-quarter mark.
+  EXPECT_EQ(names->Capacity(), 4096);
+  EXPECT_EQ(codes->Capacity(), 4096);
+}

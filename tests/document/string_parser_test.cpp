@@ -1,8 +1,7 @@
 #include "htcore/document/string_parser.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
+#include <gtest/gtest.h>
 #include <limits>
 #include <string>
 
@@ -114,10 +113,8 @@ TEST(StringParser, ReadtoChar) {
     const char* value;
     const char* left;
   } cases[] = {
-      {u";;a b;c", false, "a b", ";c"},
-      {u"  ;  a b  ;c", true, "a b", "c"},
-      {u"abc", false, "abc", ""},
-      {u"abc", true, "abc", ""},
+      {u";;a b;c", false, "a b", ";c"}, {u"  ;  a b  ;c", true, "a b", "c"},
+      {u"abc", false, "abc", ""},       {u"abc", true, "abc", ""},
       {u";;;", true, "", ""},
   };
   for (auto& c : cases) {
@@ -217,12 +214,9 @@ TEST(StringParser, HexAndBinary) {
     bool hex;
     int64_t value;
   } cases[] = {
-      {u"ff", true, 255},
-      {u" ,FfA0", true, 0xFFA0},
-      {u"-10", true, -16},
-      {u"7fffffffffffffff", true, INT64_MAX},
-      {u"1011", false, 11},
-      {u" -11", false, -3},
+      {u"ff", true, 255},   {u" ,FfA0", true, 0xFFA0},
+      {u"-10", true, -16},  {u"7fffffffffffffff", true, INT64_MAX},
+      {u"1011", false, 11}, {u" -11", false, -3},
       {u"2", false, 0},
   };
   for (auto& c : cases) {

@@ -11,10 +11,10 @@
 //   for (const ht::THtAttribute& at : a) ...    // in name order
 #pragma once
 
-#include <vector>
-
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/object.h"
+
+#include <vector>
 
 namespace ht {
 

@@ -10,12 +10,14 @@
 //     out += u"&" + e->name + u";";                    // "&rarr;"
 #pragma once
 
+#include "htcore/foundation/hash.h"
 #include "htcore/foundation/hstring.h"
+#include "htcore/foundation/id_dictionary.h"
+#include "htcore/foundation/string_dictionary.h"
 
 #include <cstdint>
 #include <span>
 #include <string_view>
-#include <unordered_map>
 
 namespace ht {
 
@@ -29,31 +31,32 @@ struct THtEntityRec {
 // The entity table in its order (empty before start).
 std::span<const THtEntityRec> HtEntityTable();
 
-// Name to code point.
-class THtEntityDictionary {
+// Name to code point: the records keyed by their name, hashed with RSHash.
+class THtEntityDictionary : public THtPointerDictionaryOf<THtEntityRec, &THtEntityRec::name> {
 public:
-  THtEntityDictionary();
-  void AddRec(const THtEntityRec* rec);
+  THtEntityDictionary() : THtPointerDictionaryOf(kHtEntityCount, RSHash) {}
   // Code point for the name (case matters), or 0.
-  uint32_t FindEntity(const char16_t* p, int Len) const;
-
-private:
-  std::unordered_map<std::u16string_view, const THtEntityRec*> FMap;
+  uint32_t FindEntity(const char16_t* p, int Len) const {
+    const THtEntityRec* e = Get(p, Len);
+    return e ? e->code : 0;
+  }
 };
 
 // Code point to the first record that names it. Code points that the writer
 // never names are left out: up to 255, and 256-591, 880-1279, 1328-1871,
 // 8192-8351 (Latin, Greek, Cyrillic, Armenian to Arabic, general punctuation).
-class THtEntityReverseDictionary {
+class THtEntityReverseDictionary : public THtIdPointerDictionary {
 public:
-  THtEntityReverseDictionary();
-  static bool Excluded(uint32_t c) noexcept;
-  // Adds the record unless its code is excluded or already named.
-  void AddRec(const THtEntityRec* rec);
-  const THtEntityRec* FindEntity(uint32_t c) const;
-
-private:
-  std::unordered_map<uint32_t, const THtEntityRec*> FMap;
+  THtEntityReverseDictionary() : THtIdPointerDictionary(kHtEntityCount) {}
+  static bool Excluded(uint32_t c) noexcept {
+    return c <= 591 || (c >= 880 && c <= 1279) || (c >= 1328 && c <= 1871) || (c >= 8192 && c <= 8351);
+  }
+  // Adds the record unless its code is left out or already has a name.
+  void AddRec(THtEntityRec* rec) {
+    if (!Excluded(rec->code) && !ContainsKey(rec->code))
+      Add(rec->code, rec);
+  }
+  const THtEntityRec* FindEntity(uint32_t c) const { return static_cast<const THtEntityRec*>(Get(c)); }
 };
 
 // The global dictionaries, null before start.

@@ -16,11 +16,11 @@
 // "Incorrect number" on malformed input; otherwise they return 0.
 #pragma once
 
-#include <cstdint>
-#include <string_view>
-
 #include "htcore/document/parse_errors.h"
 #include "htcore/foundation/hstring.h"
+
+#include <cstdint>
+#include <string_view>
 
 namespace ht {
 
