@@ -1,6 +1,7 @@
 // Gaussian kernels and the row blur.
 #include "htcore/foundation/blur.h"
 
+#include "foundation/blur_internal.h"
 #include "htcore/foundation/exception.h"
 
 #include <cmath>
@@ -9,6 +10,10 @@
 #include <vector>
 
 namespace ht {
+
+namespace detail {
+std::atomic<bool> g_blur_allow_vector{true};
+}
 
 void MakeGaussianKernel(TKernel& K, double Radius, int MaxData, int DataGranularity) {
   HT_ASSERT(Radius >= 0.1 && Radius <= 1000);
@@ -94,7 +99,7 @@ void blur_general(const uint64_t* p, int n, const uint64_t* w, int size, uint32_
   }
 }
 
-} // namespace
+}  // namespace
 
 void BlurRow(const uint32_t* Src, int Width, const TKernel& K, uint32_t* Dst, int Left, int Right,
              int SkipFrom, int SkipTo) {
@@ -117,18 +122,46 @@ void BlurRow(const uint32_t* Src, int Width, const TKernel& K, uint32_t* Dst, in
   std::memcpy(Dst + SkipFrom, Src + SkipFrom, (SkipTo - SkipFrom) * sizeof(uint32_t));
 
   int size = K.Size < 0 ? 0 : K.Size > TKernel::MaxSize ? TKernel::MaxSize : K.Size;
-  uint64_t w[2 * TKernel::MaxSize + 1];
   bool symmetric = true;
-  for (int k = -size; k <= size; ++k) {
-    w[k + size] = static_cast<uint32_t>(K.IWeight(k));
+  for (int k = 1; k <= size; ++k)
     symmetric = symmetric && K.IWeight(k) == K.IWeight(-k);
+  int n = Right - Left;
+
+  // The working copy of [Left, Right) carries `size` copies of each edge pixel
+  // on its sides; that is the edge clamping, so the loops never test an
+  // index. Kept per thread to spare an allocation per row.
+  if (symmetric && detail::g_blur_allow_vector.load(std::memory_order_relaxed) &&
+      detail::BlurAVX2Available()) {
+    uint32_t w[TKernel::MaxSize + 1];
+    for (int k = 0; k <= size; ++k)
+      w[k] = static_cast<uint32_t>(K.IWeight(k));
+    thread_local std::vector<uint32_t> lanes;
+    lanes.resize(4 * static_cast<size_t>(n + 2 * size));
+    uint32_t* p = lanes.data();
+    auto unpack = [&](uint32_t px) {
+      p[0] = px & 0xFF, p[1] = px >> 8 & 0xFF, p[2] = px >> 16 & 0xFF, p[3] = px >> 24;
+      p += 4;
+    };
+    for (int i = 0; i < size; ++i)
+      unpack(Src[Left]);
+    for (int i = Left; i < Right; ++i)
+      unpack(Src[i]);
+    for (int i = 0; i < size; ++i)
+      unpack(Src[Right - 1]);
+    auto run = [&](int from, int to) {
+      if (from < to)
+        detail::BlurSymmetricAVX2(lanes.data() + 4 * static_cast<size_t>(from - Left), to - from, w, size,
+                                  Dst + from);
+    };
+    run(Left, SkipFrom);
+    run(SkipTo, Right);
+    return;
   }
 
-  // The spread copy of [Left, Right) carries `size` copies of each edge pixel
-  // on its sides; that is the edge clamping, so the loops below never test an
-  // index. Kept per thread to spare an allocation per row.
+  uint64_t w[2 * TKernel::MaxSize + 1];
+  for (int k = -size; k <= size; ++k)
+    w[k + size] = static_cast<uint32_t>(K.IWeight(k));
   thread_local std::vector<uint64_t> spread_row;
-  int n = Right - Left;
   spread_row.resize(2 * static_cast<size_t>(n + 2 * size));
   uint64_t* row = spread_row.data();
   uint64_t edge[2];
@@ -155,4 +188,4 @@ void BlurRow(const uint32_t* Src, int Width, const TKernel& K, uint32_t* Dst, in
   run(SkipTo, Right);
 }
 
-} // namespace ht
+}  // namespace ht

@@ -47,12 +47,10 @@ std::atomic<TThemeColorProc> g_theme_proc{nullptr};
 
 inline uint32_t table_color(int Index) noexcept { return Index >= 0 && Index < 31 ? kSysColors[Index] : 0; }
 
-} // namespace
+}  // namespace
 
 uint32_t DefaultThemeColor(int Index) noexcept { return Color2Win(table_color(Index)) | 0xFF000000u; }
 
-// A theme procedure must not call GetSysColor or ThemeColor itself (it would
-// recurse); DefaultThemeColor is there for its fallbacks.
 uint32_t GetSysColor(int Index) noexcept {
   if (TThemeColorProc proc = g_theme_proc.load(std::memory_order_acquire))
     return Color2Win(proc(Index));
@@ -69,4 +67,4 @@ TThemeColorProc SetThemeColorPrc(TThemeColorProc Proc) noexcept {
   return g_theme_proc.exchange(Proc, std::memory_order_acq_rel);
 }
 
-} // namespace ht
+}  // namespace ht

@@ -1,3 +1,4 @@
+#include "../../src/foundation/blur_internal.h"
 #include "htcore/foundation/blur.h"
 #include "htcore/foundation/exception.h"
 
@@ -32,13 +33,24 @@ std::vector<uint32_t> reference_blur(const std::vector<uint32_t>& src, const TKe
   return out;
 }
 
+// Runs body once on the vector kernel (where the machine has one) and once on
+// the portable loops.
+template <class F> void on_both_paths(F body) {
+  for (bool vector : {true, false}) {
+    SCOPED_TRACE(vector ? "vector path" : "portable path");
+    detail::g_blur_allow_vector = vector;
+    body();
+  }
+  detail::g_blur_allow_vector = true;
+}
+
 TKernel kernel(double radius) {
   TKernel k;
   MakeGaussianKernel(k, radius, 1, 255);
   return k;
 }
 
-} // namespace
+}  // namespace
 
 TEST(GaussianKernel, RadiusOutsideRangeAsserts) {
   TKernel k;
@@ -100,78 +112,86 @@ TEST(GaussianKernel, TailCutLimitIsMaxDataOverTwiceTheGranularity) {
 }
 
 TEST(BlurRow, FlatRowsStayExactlyTheSame) {
-  for (double radius : {0.5, 1.0, 3.0, 12.0, 1000.0}) {
-    TKernel k = kernel(radius);
-    for (uint32_t colour : {0xFFFFFFFFu, 0x00000000u, 0x80FF0001u, 0x12345678u, 0xFEFEFEFEu}) {
-      std::vector<uint32_t> src(97, colour), dst(97, 0xDEADBEEF);
-      BlurRow(src.data(), 97, k, dst.data(), 0, 97, -1, -1);
-      EXPECT_EQ(dst, src) << radius << " " << std::hex << colour;
+  on_both_paths([&] {
+    for (double radius : {0.5, 1.0, 3.0, 12.0, 1000.0}) {
+      TKernel k = kernel(radius);
+      for (uint32_t colour : {0xFFFFFFFFu, 0x00000000u, 0x80FF0001u, 0x12345678u, 0xFEFEFEFEu}) {
+        std::vector<uint32_t> src(97, colour), dst(97, 0xDEADBEEF);
+        BlurRow(src.data(), 97, k, dst.data(), 0, 97, -1, -1);
+        EXPECT_EQ(dst, src) << radius << " " << std::hex << colour;
+      }
     }
-  }
+  });
 }
 
 TEST(BlurRow, EdgesExtendTheLimitPixels) {
-  TKernel k = kernel(3.0);
-  ASSERT_GE(k.Size, 5);
-  std::vector<uint32_t> src(40, 0xFF000000u), dst(40);
-  for (int i = 20; i < 40; ++i)
-    src[i] = 0xFFFFFFFFu;
-  BlurRow(src.data(), 40, k, dst.data(), 0, 40, -1, -1);
-  EXPECT_EQ(dst[0], 0xFF000000u); // clamped reads see only black
-  EXPECT_EQ(dst[39], 0xFFFFFFFFu);
-  for (int i = 1; i < 40; ++i)
-    EXPECT_GE(dst[i] & 0xFF, dst[i - 1] & 0xFF) << i;
-  EXPECT_EQ(dst, reference_blur(src, k, 0, 40, -1, -1));
+  on_both_paths([&] {
+    TKernel k = kernel(3.0);
+    ASSERT_GE(k.Size, 5);
+    std::vector<uint32_t> src(40, 0xFF000000u), dst(40);
+    for (int i = 20; i < 40; ++i)
+      src[i] = 0xFFFFFFFFu;
+    BlurRow(src.data(), 40, k, dst.data(), 0, 40, -1, -1);
+    EXPECT_EQ(dst[0], 0xFF000000u); // clamped reads see only black
+    EXPECT_EQ(dst[39], 0xFFFFFFFFu);
+    for (int i = 1; i < 40; ++i)
+      EXPECT_GE(dst[i] & 0xFF, dst[i - 1] & 0xFF) << i;
+    EXPECT_EQ(dst, reference_blur(src, k, 0, 40, -1, -1));
 
-  // Limits inside the row: a white pixel just outside must not leak in, and
-  // the pixels outside are copied.
-  std::vector<uint32_t> spot(30, 0xFF000000u);
-  spot[9] = spot[20] = 0xFFFFFFFFu;
-  std::vector<uint32_t> out(30, 0);
-  BlurRow(spot.data(), 30, k, out.data(), 10, 20, -1, -1);
-  for (int i = 10; i < 20; ++i)
-    EXPECT_EQ(out[i], 0xFF000000u) << i;
-  EXPECT_EQ(out[9], 0xFFFFFFFFu);
-  EXPECT_EQ(out[20], 0xFFFFFFFFu);
+    // Limits inside the row: a white pixel just outside must not leak in, and
+    // the pixels outside are copied.
+    std::vector<uint32_t> spot(30, 0xFF000000u);
+    spot[9] = spot[20] = 0xFFFFFFFFu;
+    std::vector<uint32_t> out(30, 0);
+    BlurRow(spot.data(), 30, k, out.data(), 10, 20, -1, -1);
+    for (int i = 10; i < 20; ++i)
+      EXPECT_EQ(out[i], 0xFF000000u) << i;
+    EXPECT_EQ(out[9], 0xFFFFFFFFu);
+    EXPECT_EQ(out[20], 0xFFFFFFFFu);
+  });
 }
 
 TEST(BlurRow, SkipRangeIsCopiedAndMinusOneMeansNone) {
-  TKernel k = kernel(2.0);
-  std::mt19937 rng(7);
-  std::vector<uint32_t> src(64);
-  for (auto& p : src)
-    p = rng();
-  std::vector<uint32_t> full(64), skipped(64);
-  BlurRow(src.data(), 64, k, full.data(), 0, 64, -1, -1);
-  BlurRow(src.data(), 64, k, skipped.data(), 0, 64, 20, 30);
-  for (int i = 0; i < 64; ++i)
-    EXPECT_EQ(skipped[i], i >= 20 && i < 30 ? src[i] : full[i]) << i;
-  // Skipped pixels still feed their neighbours.
-  EXPECT_EQ(skipped[19], full[19]);
-  EXPECT_EQ(skipped[30], full[30]);
+  on_both_paths([&] {
+    TKernel k = kernel(2.0);
+    std::mt19937 rng(7);
+    std::vector<uint32_t> src(64);
+    for (auto& p : src)
+      p = rng();
+    std::vector<uint32_t> full(64), skipped(64);
+    BlurRow(src.data(), 64, k, full.data(), 0, 64, -1, -1);
+    BlurRow(src.data(), 64, k, skipped.data(), 0, 64, 20, 30);
+    for (int i = 0; i < 64; ++i)
+      EXPECT_EQ(skipped[i], i >= 20 && i < 30 ? src[i] : full[i]) << i;
+    // Skipped pixels still feed their neighbours.
+    EXPECT_EQ(skipped[19], full[19]);
+    EXPECT_EQ(skipped[30], full[30]);
+  });
 }
 
 TEST(BlurRow, MatchesThePlainDefinition) {
-  std::mt19937 rng(12345);
-  for (int round = 0; round < 300; ++round) {
-    int width = 1 + static_cast<int>(rng() % 90);
-    TKernel k = kernel(0.3 + (rng() % 1000) / 40.0);
-    std::vector<uint32_t> src(width);
-    for (auto& p : src)
-      p = rng();
-    int left = static_cast<int>(rng() % (width + 1));
-    int right = left + static_cast<int>(rng() % (width - left + 1));
-    int skipFrom = -1, skipTo = -1;
-    if (rng() % 2 && right > left) {
-      skipFrom = left + static_cast<int>(rng() % (right - left));
-      skipTo = skipFrom + static_cast<int>(rng() % (right - skipFrom + 1));
+  on_both_paths([&] {
+    std::mt19937 rng(12345);
+    for (int round = 0; round < 300; ++round) {
+      int width = 1 + static_cast<int>(rng() % 90);
+      TKernel k = kernel(0.3 + (rng() % 1000) / 40.0);
+      std::vector<uint32_t> src(width);
+      for (auto& p : src)
+        p = rng();
+      int left = static_cast<int>(rng() % (width + 1));
+      int right = left + static_cast<int>(rng() % (width - left + 1));
+      int skipFrom = -1, skipTo = -1;
+      if (rng() % 2 && right > left) {
+        skipFrom = left + static_cast<int>(rng() % (right - left));
+        skipTo = skipFrom + static_cast<int>(rng() % (right - skipFrom + 1));
+      }
+      std::vector<uint32_t> dst(width, 0xDEADBEEF);
+      BlurRow(src.data(), width, k, dst.data(), left, right, skipFrom, skipTo);
+      ASSERT_EQ(dst, reference_blur(src, k, left, right, skipFrom, skipTo))
+          << "width " << width << " size " << k.Size << " [" << left << "," << right << ") skip [" << skipFrom
+          << "," << skipTo << ")";
     }
-    std::vector<uint32_t> dst(width, 0xDEADBEEF);
-    BlurRow(src.data(), width, k, dst.data(), left, right, skipFrom, skipTo);
-    ASSERT_EQ(dst, reference_blur(src, k, left, right, skipFrom, skipTo))
-        << "width " << width << " size " << k.Size << " [" << left << "," << right << ") skip [" << skipFrom
-        << "," << skipTo << ")";
-  }
+  });
 }
 
 TEST(BlurRow, AsymmetricKernelsAndDegenerateLimits) {

@@ -94,6 +94,8 @@ using TThemeColorProc = uint32_t (*)(int Index);
 
 // Installs Proc for all system colour lookups (nullptr restores the built-in
 // table) and returns the procedure it replaces. Safe to call from any thread.
+// Proc must not throw, nor call GetSysColor or ThemeColor (that would recurse);
+// DefaultThemeColor serves its fallbacks.
 TThemeColorProc SetThemeColorPrc(TThemeColorProc Proc) noexcept;
 
 // System colour Index as 0xAARRGGBB, through the theme procedure if one is set.
@@ -114,4 +116,4 @@ THSBColor RGBToHSB(TRGBA C) noexcept;
 TRGBA HSVToRGB(const THSBColor& C) noexcept;
 uint32_t HSBtoRGBColor(double H, double S, double B) noexcept;
 
-} // namespace ht
+}  // namespace ht
