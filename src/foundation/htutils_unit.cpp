@@ -1,16 +1,20 @@
 // Start and stop of the htutils and htdictionary units.
 #include "foundation/cpu_internal.h"
+#include "foundation/crc32_internal.h"
 #include "foundation/units.h"
 #include "foundation/url_escapes.h"
+#include "foundation/zip_internal.h"
 
 namespace ht::detail {
 
 void StartHtUtils() {
   StartCpu();
   StartUrlEscapes();
+  StartCRC32();
+  StartZip();
 }
 
-void StopHtUtils() {}
+void StopHtUtils() { StopZip(); }
 
 void StartHtDictionary() {}
 
