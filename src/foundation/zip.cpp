@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <mutex>
 #include <string>
@@ -75,12 +76,41 @@ void TDefZipImplementation::Compress(const void* Src, size_t SrcLen, TBytes& Des
   Dest.resize(len);
 }
 
+// uncompress() unrolled, so that errors carry zlib's detail and a cut-off
+// input is told apart from a destination that is too small.
 void TDefZipImplementation::Decompress(const void* Src, size_t SrcLen, void* Dest, size_t& DestLen) {
-  uLongf len = static_cast<uLongf>(DestLen);
-  int r = uncompress(static_cast<Bytef*>(Dest), &len, static_cast<const Bytef*>(Src), static_cast<uLong>(SrcLen));
+  z_stream z{};
+  int r = inflateInit(&z);
   if (r != Z_OK)
-    throw EZLibError(r, r == Z_BUF_ERROR ? "output larger than the destination" : nullptr);
-  DestLen = len;
+    throw EZLibError(r, z.msg);
+  Bytef dummy;  // inflate wants somewhere to write even when there is no room
+  z.next_in = static_cast<Bytef*>(const_cast<void*>(Src));
+  z.next_out = DestLen ? static_cast<Bytef*>(Dest) : &dummy;
+  size_t in_left = SrcLen, out_left = DestLen;
+  do {
+    if (z.avail_out == 0) {
+      z.avail_out = static_cast<uInt>(std::min<size_t>(out_left, UINT_MAX));
+      out_left -= z.avail_out;
+    }
+    if (z.avail_in == 0) {
+      z.avail_in = static_cast<uInt>(std::min<size_t>(in_left, UINT_MAX));
+      in_left -= z.avail_in;
+    }
+    r = inflate(&z, Z_NO_FLUSH);
+  } while (r == Z_OK);
+  size_t produced = DestLen - out_left - z.avail_out;
+  bool input_done = z.avail_in == 0 && in_left == 0;
+  std::string detail = z.msg ? z.msg : "";
+  inflateEnd(&z);
+  if (r == Z_STREAM_END) {
+    DestLen = produced;
+    return;
+  }
+  if (r == Z_BUF_ERROR && input_done)
+    throw EZLibError(Z_DATA_ERROR, "unexpected end of data");
+  if (r == Z_BUF_ERROR)
+    throw EZLibError(r, "output larger than the destination");
+  throw EZLibError(r, r == Z_NEED_DICT ? "preset dictionary" : detail.c_str());
 }
 
 void TDefZipImplementation::ZCompress(const void* Src, size_t SrcLen, TBytes& Dest, bool BestSpeed) {
@@ -98,11 +128,10 @@ void TDefZipImplementation::ZDecompress(const void* Src, size_t SrcLen, TBytes& 
   Dest.clear();
   TPointerStream in(Src, static_cast<int64_t>(SrcLen));
   TFixedZDecompressionStream z(in);
+  std::unique_ptr<uint8_t[]> block(new uint8_t[kBlock]);  // not zero-filled, unlike a vector
   for (;;) {
-    size_t old = Dest.size();
-    Dest.resize(old + kBlock);
-    int64_t n = z.Read(Dest.data() + old, kBlock);
-    Dest.resize(old + static_cast<size_t>(n));
+    int64_t n = z.Read(block.get(), kBlock);
+    Dest.insert(Dest.end(), block.get(), block.get() + n);
     if (n < kBlock)
       break;
   }

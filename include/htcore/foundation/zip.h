@@ -58,7 +58,7 @@ public:
 // The zlib implementation.
 //   Compress   one compress() call into a compressBound() buffer; BestSpeed asks
 //              for level 1, otherwise zlib's default level.
-//   Decompress one uncompress() call limited to the size given.
+//   Decompress what uncompress() does: inflate limited to the size given.
 //   ZCompress  a deflate stream at level 9, or 1 with BestSpeed.
 //   ZDecompress reads a TFixedZDecompressionStream in blocks of 0x100000 bytes
 //              until a block comes back short.
