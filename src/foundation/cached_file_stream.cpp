@@ -13,7 +13,8 @@
 
 namespace ht {
 
-THtCachedFileStream::THtCachedFileStream(const hstring& file_name, int64_t view_window) : FFileName(file_name) {
+THtCachedFileStream::THtCachedFileStream(const hstring& file_name, int64_t view_window)
+    : FFileName(file_name) {
   Open(file_name.toUtf8(), view_window);
 }
 

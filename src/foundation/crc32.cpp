@@ -28,7 +28,9 @@ inline uint32_t Step(uint32_t crc, uint8_t b) { return g_table[0][(crc ^ b) & 0x
 // Generic Polynomials Using PCLMULQDQ"). n is a multiple of 16, at least 64.
 #define HT_CLMUL __attribute__((target("pclmul,sse4.1")))
 
-HT_CLMUL inline __m128i load(const uint8_t* q) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(q)); }
+HT_CLMUL inline __m128i load(const uint8_t* q) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
+}
 
 // x * k (both 64-bit halves) folded onto next.
 HT_CLMUL inline __m128i fold(__m128i x, __m128i k, __m128i next) {

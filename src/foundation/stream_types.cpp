@@ -291,7 +291,8 @@ void TFileStream::SetSize(int64_t size) {
     r = ::ftruncate(FHandle, static_cast<off_t>(size));
   while (r < 0 && errno == EINTR);
   if (r < 0)
-    throw EStreamError(detail::WithSysError("Cannot change the size of file \"" + FFileName.toUtf8() + "\".", errno));
+    throw EStreamError(
+        detail::WithSysError("Cannot change the size of file \"" + FFileName.toUtf8() + "\".", errno));
   if (GetPosition() > size)
     Seek(0, soEnd);
 }

@@ -32,12 +32,9 @@ std::string ZMessage(int code, const char* detail) {
   return m;
 }
 
-template <class Str>
-const void* DataOf(const Str& s) {
-  return s.data();
+RawByteString ToRaw(const TBytes& b) {
+  return RawByteString(reinterpret_cast<const char*>(b.data()), b.size());
 }
-
-RawByteString ToRaw(const TBytes& b) { return RawByteString(reinterpret_cast<const char*>(b.data()), b.size()); }
 
 }  // namespace
 
@@ -168,7 +165,7 @@ void THtZIP::Compress(const TBytes& Src, TBytes& Dest, bool BestSpeed) {
 
 void THtZIP::Compress(const RawByteString& Src, RawByteString& Dest, bool BestSpeed) {
   TBytes out;
-  Implementation()->Compress(DataOf(Src), Src.size(), out, BestSpeed);
+  Implementation()->Compress(Src.data(), Src.size(), out, BestSpeed);
   Dest = ToRaw(out);
 }
 
@@ -190,7 +187,7 @@ void THtZIP::Decompress(const RawByteString& Src, RawByteString& Dest) {
     return;
   }
   size_t len = Dest.size();
-  Implementation()->Decompress(DataOf(Src), Src.size(), Dest.UniqueData(), len);
+  Implementation()->Decompress(Src.data(), Src.size(), Dest.UniqueData(), len);
   Dest.Truncate(len);
 }
 
@@ -202,7 +199,7 @@ void THtZIP::ZCompress(const TBytes& Src, TBytes& Dest, bool BestSpeed) {
 
 void THtZIP::ZCompress(const RawByteString& Src, RawByteString& Dest, bool BestSpeed) {
   TBytes out;
-  Implementation()->ZCompress(DataOf(Src), Src.size(), out, BestSpeed);
+  Implementation()->ZCompress(Src.data(), Src.size(), out, BestSpeed);
   Dest = ToRaw(out);
 }
 
@@ -214,7 +211,7 @@ void THtZIP::ZDecompress(const TBytes& Src, TBytes& Dest) {
 
 void THtZIP::ZDecompress(const RawByteString& Src, RawByteString& Dest) {
   TBytes out;
-  Implementation()->ZDecompress(DataOf(Src), Src.size(), out);
+  Implementation()->ZDecompress(Src.data(), Src.size(), out);
   Dest = ToRaw(out);
 }
 

@@ -23,11 +23,14 @@ protected:
     for (size_t i = 0; i < FData.size(); ++i)
       FData[i] = static_cast<uint8_t>((i * 131) ^ (i >> 8) ^ (i >> 20) * 17);
     FPath = FDir.Path("big.bin");
-    TPointerStream(static_cast<const void*>(FData.data()), static_cast<int64_t>(FData.size())).SaveToFile(FPath);
+    TPointerStream(static_cast<const void*>(FData.data()), static_cast<int64_t>(FData.size()))
+        .SaveToFile(FPath);
   }
 
   int64_t Size() const { return static_cast<int64_t>(FData.size()); }
-  bool Same(const void* p, int64_t pos, int64_t n) const { return std::memcmp(p, FData.data() + pos, n) == 0; }
+  bool Same(const void* p, int64_t pos, int64_t n) const {
+    return std::memcmp(p, FData.data() + pos, n) == 0;
+  }
 
   TempDir FDir;
   std::string FPath;
@@ -130,12 +133,12 @@ TEST_F(MappedFile, ViewGeometry) {
     int64_t pos, length;
     int64_t base, view_length;
   } cases[] = {
-      {0x150000, 10, MiB, MiB},                  // base rounded down, at least 1 MiB
-      {MiB, 0, MiB, MiB},                        // exactly on a boundary
-      {0x1FFFFF, 2, MiB, MiB + 1},               // grows to hold the bytes asked for
+      {0x150000, 10, MiB, MiB},     // base rounded down, at least 1 MiB
+      {MiB, 0, MiB, MiB},           // exactly on a boundary
+      {0x1FFFFF, 2, MiB, MiB + 1},  // grows to hold the bytes asked for
       {0x180000, 3 * MiB, MiB, 3 * MiB + 0x80000},
-      {5 * MiB + 100, 1000, 5 * MiB, 123},       // clipped to the file
-      {Size() + 5000, 10, 5 * MiB, 123},         // past the end: the last view
+      {5 * MiB + 100, 1000, 5 * MiB, 123},  // clipped to the file
+      {Size() + 5000, 10, 5 * MiB, 123},    // past the end: the last view
   };
   for (auto& c : cases) {
     f.SetMapViewPos(c.pos, c.length);

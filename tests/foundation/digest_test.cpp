@@ -154,8 +154,14 @@ TEST(Base64, RfcVectorsAndPadding) {
     std::string_view bytes;
     std::u16string_view text;
   } cases[] = {
-      {"", u""},         {"f", u"Zg=="},         {"fo", u"Zm8="},         {"foo", u"Zm9v"},
-      {"foob", u"Zm9vYg=="}, {"fooba", u"Zm9vYmE="}, {"foobar", u"Zm9vYmFy"}, {"\xFB\xFF", u"+/8="},
+      {"", u""},
+      {"f", u"Zg=="},
+      {"fo", u"Zm8="},
+      {"foo", u"Zm9v"},
+      {"foob", u"Zm9vYg=="},
+      {"fooba", u"Zm9vYmE="},
+      {"foobar", u"Zm9vYmFy"},
+      {"\xFB\xFF", u"+/8="},
   };
   for (auto& c : cases) {
     EXPECT_EQ(Base64EncodeNoLF(B(c.bytes)).view(), c.text) << c.bytes;
@@ -206,13 +212,13 @@ TEST(Base64, DecodingIsForgiving) {
   } cases[] = {
       {u"Zm9v\r\nYmFy", "foobar"},
       {u" Z m9v\tYmFy \n", "foobar"},
-      {u"Zm9vYg", "foob"},          // no padding
+      {u"Zm9vYg", "foob"},  // no padding
       {u"Zm9vYmE", "fooba"},
-      {u"Zg==Zm9v", "f"},           // '=' ends the data
-      {u"Z", ""},                   // six bits carry no byte
-      {u"Zg\u0141=", "f"},          // a unit above 0xFF is skipped, not read by its low byte
-      {u"Zm*9v!", "foo"},           // stray characters
-      {u"-_8", "\xFB\xFF"},         // URL-safe alphabet
+      {u"Zg==Zm9v", "f"},    // '=' ends the data
+      {u"Z", ""},            // six bits carry no byte
+      {u"Zg\u0141=", "f"},   // a unit above 0xFF is skipped, not read by its low byte
+      {u"Zm*9v!", "foo"},    // stray characters
+      {u"-_8", "\xFB\xFF"},  // URL-safe alphabet
       {u"====", ""},
       {u"\r\n", ""},
   };

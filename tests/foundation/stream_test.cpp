@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <string>
 
-#include "htcore/foundation/stream_types.h"
 #include "foundation/temp_files.h"
+#include "htcore/foundation/stream_types.h"
 
 using namespace ht;
 
@@ -21,8 +21,7 @@ std::string ReadAll(TStream& s) {
 }
 
 // The same script of writes, seeks and reads on any growable stream.
-template <class Stream>
-void CheckGrowable() {
+template <class Stream> void CheckGrowable() {
   Stream s;
   EXPECT_EQ(s.GetSize(), 0);
   EXPECT_EQ(s.Write("hello", 5), 5);
@@ -111,7 +110,7 @@ TEST(MemoryStreams, LoadAndCopyTakeTheWholeSource) {
 
   TBytesStream dst;
   src.SetPosition(3);
-  EXPECT_EQ(dst.CopyFrom(src, 4), 4);  // from the position
+  EXPECT_EQ(dst.CopyFrom(src, 4), 4);   // from the position
   EXPECT_EQ(dst.CopyFrom(src, 0), 10);  // 0: everything from the start
   EXPECT_EQ(ReadAll(dst), "34560123456789");
   src.SetPosition(8);
@@ -180,7 +179,8 @@ TEST(FileStream, CreateWriteReopenRead) {
 
 TEST(FileStream, Utf16NamesAndSaveToFile) {
   TempDir dir;
-  hstring name = Utf8ToHString(dir.Path("gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC.txt"));
+  hstring name = Utf8ToHString(dir.Path("gr\xC3\xBC\xC3\x9F"
+                                        "e \xE2\x82\xAC.txt"));
   TStringStream s("content");
   s.SaveToFile(name);
   EXPECT_TRUE(std::filesystem::exists(name.toUtf8()));

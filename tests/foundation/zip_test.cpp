@@ -23,8 +23,7 @@ TBytes Sample(size_t n, uint32_t seed = 1) {
   return b;
 }
 
-template <class F>
-std::string ZMessageOf(F&& f) {
+template <class F> std::string ZMessageOf(F&& f) {
   try {
     f();
   } catch (const EZLibError& e) {
@@ -56,7 +55,7 @@ TEST(Zip, CompressRoundTripsAndCutsToSize) {
       EXPECT_LE(packed.size(), compressBound(static_cast<uLong>(n)));
       EXPECT_EQ(packed[0], 0x78);
       EXPECT_EQ(packed[1], fast ? 0x01 : 0x9C);  // level 1 vs zlib's default
-      TBytes plain(n + 10, 0xEE);  // room to spare: cut to what came out
+      TBytes plain(n + 10, 0xEE);                // room to spare: cut to what came out
       THtZIP::Decompress(packed, plain);
       EXPECT_EQ(plain, src);
     }
@@ -85,12 +84,14 @@ TEST(Zip, DecompressNeedsRoomAndSoundData) {
   TBytes bad = packed;
   bad[0] ^= 0xFF;
   TBytes out(5000);
-  EXPECT_EQ(ZMessageOf([&] { THtZIP::Decompress(bad, out); }), "zlib error: data error (incorrect header check)");
+  EXPECT_EQ(ZMessageOf([&] { THtZIP::Decompress(bad, out); }),
+            "zlib error: data error (incorrect header check)");
   // Cut short: told apart from too little room, whether or not the output was full.
   for (size_t cut : {size_t(0), size_t(2), packed.size() / 2, packed.size() - 5, packed.size() - 1}) {
     TBytes part(packed.begin(), packed.begin() + static_cast<ptrdiff_t>(cut));
     out.assign(5000, 0);
-    EXPECT_EQ(ZMessageOf([&] { THtZIP::Decompress(part, out); }), "zlib error: data error (unexpected end of data)")
+    EXPECT_EQ(ZMessageOf([&] { THtZIP::Decompress(part, out); }),
+              "zlib error: data error (unexpected end of data)")
         << cut;
   }
   TBytes none;
@@ -149,7 +150,8 @@ TEST(Zip, TruncatedOrCorruptDataRaises) {
   // Every proper prefix, down to nothing, is an error, never a short result.
   for (size_t cut = 0; cut < packed.size(); ++cut) {
     TBytes part(packed.begin(), packed.begin() + static_cast<ptrdiff_t>(cut));
-    ASSERT_EQ(ZMessageOf([&] { THtZIP::ZDecompress(part, out); }), "zlib error: data error (unexpected end of data)")
+    ASSERT_EQ(ZMessageOf([&] { THtZIP::ZDecompress(part, out); }),
+              "zlib error: data error (unexpected end of data)")
         << cut;
   }
   struct {
@@ -171,7 +173,8 @@ TEST(Zip, TruncatedOrCorruptDataRaises) {
     EXPECT_NE(ZMessageOf([&] { THtZIP::ZDecompress(bad, out); }), "no error") << at;
   }
   TBytes dict = {0x78, 0xBB, 0, 0, 0, 1};  // asks for a preset dictionary
-  EXPECT_EQ(ZMessageOf([&] { THtZIP::ZDecompress(dict, out); }), "zlib error: need dictionary (preset dictionary)");
+  EXPECT_EQ(ZMessageOf([&] { THtZIP::ZDecompress(dict, out); }),
+            "zlib error: need dictionary (preset dictionary)");
 }
 
 TEST(Zip, DecompressionStreamLeavesTrailingDataAndSeeks) {

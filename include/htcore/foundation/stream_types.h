@@ -127,7 +127,9 @@ class TPointerStream : public TCustomMemoryStream {
 public:
   TPointerStream(void* p, int64_t size) { SetPointer(p, size < 0 ? 0 : size); }
   // Read-only view: writing raises.
-  TPointerStream(const void* p, int64_t size) : TPointerStream(const_cast<void*>(p), size) { FReadOnly = true; }
+  TPointerStream(const void* p, int64_t size) : TPointerStream(const_cast<void*>(p), size) {
+    FReadOnly = true;
+  }
 
   int64_t Write(const void* buffer, int64_t count) override;
 
