@@ -78,7 +78,8 @@ hstring Encode(const void* P, size_t Len, bool lines) {
   return out;
 }
 
-template <class CharT> inline uint8_t Lookup(CharT c) {
+template <class CharT>
+inline uint8_t Lookup(CharT c) {
   using U = std::make_unsigned_t<CharT>;
   U u = static_cast<U>(c);
   if constexpr (sizeof(CharT) > 1) {
@@ -89,7 +90,8 @@ template <class CharT> inline uint8_t Lookup(CharT c) {
 }
 
 // Returns the end of the bytes written; o has room for n * 3 / 4 + 3 bytes.
-template <class CharT> uint8_t* Decode(const CharT* s, size_t n, uint8_t* o) {
+template <class CharT>
+uint8_t* Decode(const CharT* s, size_t n, uint8_t* o) {
   size_t i = 0;
   uint32_t acc = 0;
   int have = 0;
@@ -134,7 +136,8 @@ template <class CharT> uint8_t* Decode(const CharT* s, size_t n, uint8_t* o) {
   return o;
 }
 
-template <class CharT> TBytes DecodeToBytes(const CharT* s, size_t n) {
+template <class CharT>
+TBytes DecodeToBytes(const CharT* s, size_t n) {
   TBytes out(n / 4 * 3 + 3);
   out.resize(static_cast<size_t>(Decode(s, n, out.data()) - out.data()));
   return out;

@@ -21,7 +21,8 @@ std::string ReadAll(TStream& s) {
 }
 
 // The same script of writes, seeks and reads on any growable stream.
-template <class Stream> void CheckGrowable() {
+template <class Stream>
+void CheckGrowable() {
   Stream s;
   EXPECT_EQ(s.GetSize(), 0);
   EXPECT_EQ(s.Write("hello", 5), 5);

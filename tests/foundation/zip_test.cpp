@@ -23,7 +23,8 @@ TBytes Sample(size_t n, uint32_t seed = 1) {
   return b;
 }
 
-template <class F> std::string ZMessageOf(F&& f) {
+template <class F>
+std::string ZMessageOf(F&& f) {
   try {
     f();
   } catch (const EZLibError& e) {
