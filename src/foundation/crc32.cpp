@@ -16,7 +16,7 @@ namespace detail {
 
 namespace {
 
-// Slicing by eight: kTable[k][b] is the CRC step of byte b followed by k zero bytes.
+// Slicing by eight: g_table[k][b] is the CRC step of byte b followed by k zero bytes.
 uint32_t g_table[8][256];
 bool g_clmul = false;
 
