@@ -1,5 +1,6 @@
 // Start and stop of the htmlpars unit: the character tables of the document
 // model. After start they are read-only.
+#include "document/html_char_classes.h"
 #include "document/htmlpars_start.h"
 #include "foundation/units.h"
 
@@ -7,6 +8,7 @@ namespace ht::detail {
 
 void StartHtmlPars() {
   LowerColorNames();
+  BuildHtmlCharClasses();
   BuildEntityDictionaries();
   BuildColorDictionary();
   InstallThemeColorPrc();
