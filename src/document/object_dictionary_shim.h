@@ -4,6 +4,7 @@
 
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "htcore/document/html_tokenizer.h"
 
@@ -27,6 +28,21 @@ public:
 
 private:
   std::unordered_map<std::u16string_view, THtStringRec*> FMap;
+};
+
+class THtObjectList : public TObject {
+public:
+  explicit THtObjectList(bool AOwnsObjects) : OwnsObjects(AOwnsObjects) {}
+  ~THtObjectList() override {
+    if (OwnsObjects)
+      for (TObject* o : FItems)
+        delete o;
+  }
+  bool OwnsObjects;
+  int Count() const { return static_cast<int>(FItems.size()); }
+
+private:
+  std::vector<TObject*> FItems;
 };
 
 }  // namespace ht

@@ -236,3 +236,32 @@ TEST(HtmlTokenizer, NulInsideTextDoesNotStopProgress) {
     ASSERT_LT(++n, 50);
   EXPECT_EQ(t.Parser.p, t.Parser.pend);
 }
+
+TEST(HtmlTokenizer, StyleMarkRemovalMatchesTheSimpleRule) {
+  // The rule, done the slow way: delete the first "<!--", then the first
+  // "-->" of what remains, until no "<!--" is left.
+  auto simple = [](std::u16string s) {
+    for (size_t i; (i = s.find(u"<!--")) != std::u16string::npos;) {
+      s.erase(i, 4);
+      size_t j = s.find(u"-->");
+      if (j != std::u16string::npos)
+        s.erase(j, 3);
+    }
+    return s;
+  };
+  const char16_t alphabet[] = u"<!->a";
+  uint32_t seed = 12345;
+  for (int round = 0; round < 3000; ++round) {
+    std::u16string body;
+    int len = 1 + round % 24;
+    for (int i = 0; i < len; ++i) {
+      seed = seed * 1103515245 + 12345;
+      body += alphabet[(seed >> 16) % 5];
+    }
+    THTMLTokenizer t(hstring(u"<style>" + body + u"</style>"), false);
+    for (int i = 0; i < 3; ++i)
+      t.NextToken(true);
+    ASSERT_EQ(t.TokenType, htStyle);
+    ASSERT_EQ(std::u16string(t.Token.view()), simple(body)) << hstring(body).toUtf8();
+  }
+}

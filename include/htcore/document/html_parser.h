@@ -1,0 +1,96 @@
+// THtmlParser: the forgiving HTML (and strict-ish XML) item reader.
+//
+// Each NextItem delivers one item: an element tag with its attributes
+// (TagType htIdent, Tag interned and lower case unless case-sensitive,
+// IsCloseTag for </name>, TagClosed for <name/>), a text run (htString, Value),
+// or a block (htComment, htScript, htStyle, htCData, htDirective, htCustom,
+// Value). It also acts on <meta> charset declarations, re-decoding the rest of
+// the source in the middle of a parse. HTML mode never raises; XML mode raises
+// EHtParserError for a bad tag start and for an unquoted attribute value.
+//
+//   ht::THtmlParser hp(u"<p class=x>Hi<br/>"_hs);
+//   while (hp.NextItem()) {
+//     if (hp.TagType == ht::htIdent && !hp.IsCloseTag) open(hp.Tag, hp.Attributes.get());
+//     else if (hp.TagType == ht::htString) text(hp.Value);
+//   }
+//
+// Driving it from a tree builder: NextItem returns false once the input is
+// exhausted (an item still being read at that point is not delivered). Set
+// RepeatCurrent to have the next NextItem return the same item again. A node
+// takes over the item's attributes with `node.FAttributes = hp.Attributes.release()`
+// (the parser makes a fresh set for the next item that has attributes). Root
+// and GlobalRoot are set by the builder; when a meta charset changes the
+// encoding, the nodes built so far under Root are recoded. IncorrectStack and
+// FStackLevel belong to the builder.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "htcore/document/attributes.h"
+#include "htcore/document/html_tokenizer.h"
+#include "htcore/foundation/enum_info.h"
+#include "htcore/foundation/hstring.h"
+
+namespace ht {
+
+HT_ENUM(THtmlEncoding, heDefault, heUTF8, heUTF16, heANSI);
+
+class THtmlNode;
+class THtObjectDictionary;
+class THtObjectList;
+
+class THtmlParser {
+public:
+  explicit THtmlParser(const hstring& s, bool AXMLMode = false);
+  ~THtmlParser();
+  THtmlParser(const THtmlParser&) = delete;
+  THtmlParser& operator=(const THtmlParser&) = delete;
+
+  hstring FAttrname, FAttrvalue;
+  THTMLTokenizer Tokenizer;
+  bool FXMLMode;
+  bool FEncodingProcessed = false;  // a meta charset declaration was acted upon
+  int FStackLevel = 0;
+  bool FCaseSensitive;  // starts as AXMLMode
+  THTMLTokenType TagType = htUnknown;
+  hstring Tag;
+  hstring Value;
+  bool TagClosed = false;
+  bool IsCloseTag = false;
+  bool RepeatCurrent = false;
+  // Created at the first attribute; cleared, not freed, at each item.
+  std::unique_ptr<THtAttributes> Attributes;
+  THtmlNode* Root = nullptr;
+  THtmlNode* GlobalRoot = nullptr;
+  THtmlEncoding Encoding = heDefault;
+  uint32_t Codepage = 0;  // goes with heANSI
+  int StartPos = 0;       // offset of the current item in the current text
+  std::unique_ptr<THtObjectDictionary> TagList;   // interned tag names (THtStringRec)
+  std::unique_ptr<THtObjectDictionary> AttrList;  // interned attribute names
+  std::unique_ptr<THtObjectList> IncorrectStack;  // for the tree builder; does not own its nodes
+  bool IgnoreMetaEncoding = false;
+
+  bool NextItem();
+  void ChangeEncoding(THtmlEncoding NewEncoding, uint32_t NewCodePage);
+  // Lower-cases A..Z unless FCaseSensitive (copies only when a capital is found).
+  void vLower(hstring& s) const;
+  void SetCaseSensitive(bool v);
+
+  static THtmlEncoding GetFileEncoding(const hstring& AFileName, uint32_t& ACodePage);
+  static int CharsettoCodepage(const hstring& ACharset);
+
+private:
+  void ReadAttribute();
+  void ApplyMetaCharset();
+  [[noreturn]] void ValueExpected();
+};
+
+// Code page of the meta charset in the first bytes of an HTML file, or 0.
+int GetHTMLEncoding(const void* p, int Len);
+// True when at least one multi-byte UTF-8 sequence is seen and none is wrong.
+// IsUTF8 narrows the NUL-terminated text by the system code page first.
+bool IsUTF8(const char16_t* p);
+bool IsUTF8Bytes(const void* p, int Len);
+
+}  // namespace ht

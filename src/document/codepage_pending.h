@@ -1,0 +1,16 @@
+// Code page conversion for the HTML reader until the foundation service is in
+// place: narrowing to 8 bits and decoding in a code page.
+#pragma once
+
+#include <string_view>
+
+#include "htcore/foundation/hstring.h"
+
+namespace ht {
+
+hstring HtCodePageToUnicode(std::string_view Bytes, int CodePage);
+RawByteString HtUnicodeToCodePage(std::u16string_view Text, int CodePage);
+void HtSetSystemCodePage(int CodePage);
+int HtGetSystemCodePage();
+
+}  // namespace ht

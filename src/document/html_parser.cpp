@@ -1,0 +1,505 @@
+#include "htcore/document/html_parser.h"
+
+#include <cstring>
+#include <fstream>
+#include <string>
+
+#include "document/codepage_pending.h"
+#include "document/html_parser_internal.h"
+#include "document/object_dictionary_shim.h"
+
+namespace ht {
+
+namespace detail {
+void (*g_recode_nodes)(THtmlNode* Root, THtmlEncoding Encoding, uint32_t CodePage) = nullptr;
+}
+
+namespace {
+
+inline char16_t lower_ascii(char16_t c) { return c >= u'A' && c <= u'Z' ? char16_t(c + 32) : c; }
+
+void lower_in_place(hstring& s) {
+  const char16_t* p = s.c_str();
+  size_t n = s.size();
+  for (size_t i = 0; i < n; ++i)
+    if (p[i] >= u'A' && p[i] <= u'Z') {
+      char16_t* w = s.UniqueData();
+      for (; i < n; ++i)
+        w[i] = lower_ascii(w[i]);
+      return;
+    }
+}
+
+hstring lowered(const hstring& s) {
+  hstring r = s;
+  lower_in_place(r);
+  return r;
+}
+
+bool equals_ignore_case(std::u16string_view s, std::u16string_view lower) {
+  if (s.size() != lower.size())
+    return false;
+  for (size_t i = 0; i < s.size(); ++i)
+    if (lower_ascii(s[i]) != lower_ascii(lower[i]))
+      return false;
+  return true;
+}
+
+bool contains(std::u16string_view s, std::u16string_view sub) { return s.find(sub) != std::u16string_view::npos; }
+
+// First occurrence of `lower` at or behind p, ignoring ASCII case; null if none.
+const char16_t* find_ignore_case(const char16_t* p, const char16_t* end, std::u16string_view lower) {
+  for (; end - p >= static_cast<ptrdiff_t>(lower.size()); ++p) {
+    if (lower_ascii(*p) != lower[0])
+      continue;
+    size_t i = 1;
+    while (i < lower.size() && lower_ascii(p[i]) == lower[i])
+      ++i;
+    if (i == lower.size())
+      return p;
+  }
+  return nullptr;
+}
+
+hstring token_display(const THTMLTokenizer& t) {
+  switch (t.TokenType) {
+  case htEq:
+    return u"="_hs;
+  case htTagClose:
+    return u"/"_hs;
+  case htTagEnd:
+    return u">"_hs;
+  case htTagStart:
+    return u"<"_hs;
+  case htSpace:
+    return u" "_hs;
+  default:
+    return t.Eof ? hstring() : t.Token;
+  }
+}
+
+void recode_root(THtmlNode* root, THtmlEncoding enc, uint32_t cp) {
+  if (root && detail::g_recode_nodes)
+    detail::g_recode_nodes(root, enc, cp);
+}
+
+}  // namespace
+
+THtmlParser::THtmlParser(const hstring& s, bool AXMLMode)
+    : Tokenizer(s, AXMLMode), FXMLMode(AXMLMode), FCaseSensitive(AXMLMode) {
+  Tokenizer.XMLMode = AXMLMode;
+  TagList = std::make_unique<THtObjectDictionary>(255);
+  AttrList = std::make_unique<THtObjectDictionary>(511);
+  IncorrectStack = std::make_unique<THtObjectList>(false);
+  Tokenizer.TagList = TagList.get();
+  TStringParser& sp = Tokenizer.Parser;
+  size_t n = s.size();
+  const char16_t* t = s.c_str();
+  // EF BB BF read through code page 1251.
+  if (n > 3 && t[0] == 0x043F && t[1] == 0x00BB && t[2] == 0x0457) {
+    sp.Skip(3);
+    ChangeEncoding(heUTF8, 0);
+  } else if (n > 1 && t[0] == 0xFEFF) {
+    sp.Skip(1);
+  }
+  if (!AXMLMode)
+    InternName(*TagList, u"*", 1);
+}
+
+THtmlParser::~THtmlParser() = default;
+
+void THtmlParser::vLower(hstring& s) const {
+  if (!FCaseSensitive)
+    lower_in_place(s);
+}
+
+void THtmlParser::SetCaseSensitive(bool v) {
+  FCaseSensitive = v;
+  Tokenizer.CaseSensitive = v;
+}
+
+bool THtmlParser::NextItem() {
+  THTMLTokenizer& T = Tokenizer;
+  if (RepeatCurrent) {
+    RepeatCurrent = false;
+    return !T.Eof;
+  }
+  T.NextToken(true);
+  if (Attributes) {
+    Attributes->Clear();
+    Attributes->CaseSensitive = FCaseSensitive;
+  }
+  Tag.clear();
+  TagClosed = false;
+  IsCloseTag = false;
+
+  int item_start = T.TokenStart;
+  bool found = false;
+  while (!T.Eof && !found) {
+    item_start = T.TokenStart;
+    switch (T.TokenType) {
+    case htString:
+    case htScript:
+    case htStyle:
+    case htComment:
+    case htDirective:
+    case htCData:
+    case htCustom:
+      TagType = T.TokenType;
+      Value = T.Token;
+      TagClosed = true;
+      found = true;
+      break;
+    case htTagStart:
+      T.NextToken(false);
+      if (T.TokenType == htTagClose) {
+        IsCloseTag = true;
+        T.NextToken(false);
+      }
+      if (T.Eof || T.TokenType != htIdent) {
+        // Not a tag after all ("</ >"): go on with this token as it is.
+        IsCloseTag = false;
+        break;
+      }
+      Tag = T.Token;
+      vLower(Tag);
+      TagType = htIdent;
+      found = true;
+      break;
+    default:
+      T.NextToken(true);
+      break;
+    }
+  }
+  if (Tag.empty()) {
+    StartPos = item_start;
+    return !T.Eof;
+  }
+
+  T.NextToken(false);
+  for (bool done = false; !T.Eof && !done;) {
+    switch (T.TokenType) {
+    case htIdent:
+      if (IsCloseTag)
+        T.NextToken(false);
+      else
+        ReadAttribute();
+      break;
+    case htTagStart:
+      // "<div <p>": the new tag starts the next item.
+      --T.Parser.p;
+      done = true;
+      break;
+    case htTagEnd:
+      done = true;
+      break;
+    case htTagClose:
+      TagClosed = true;
+      T.NextToken(false);
+      break;
+    case htScript:
+    case htStyle:
+      Value = T.Token;
+      TagType = T.TokenType;
+      done = true;
+      break;
+    default:
+      T.NextToken(false);
+      break;
+    }
+  }
+
+  if (!FXMLMode && !TagClosed && !IsCloseTag) {
+    bool script = equals_ignore_case(Tag.view(), u"script");
+    if (script || equals_ignore_case(Tag.view(), u"style")) {
+      // Swallow the body (when the tokenizer did not take it as one block)
+      // and the close tag, so that no close item follows.
+      TagClosed = true;
+      if (TagType == htIdent)
+        TagType = script ? htScript : htStyle;
+      for (;;) {
+        T.NextToken(true);
+        if (T.Eof || (T.TokenType == htIdent && equals_ignore_case(T.Token.view(), Tag.view())))
+          break;
+        if (T.TokenType == htString || T.TokenType == htStyle || T.TokenType == htCData)
+          Value += T.Token;
+      }
+      while (!T.Eof && T.TokenType != htTagEnd)
+        T.NextToken(true);
+    }
+  }
+
+  if (!IgnoreMetaEncoding && equals_ignore_case(Tag.view(), u"meta"))
+    ApplyMetaCharset();
+  StartPos = item_start;
+  return !T.Eof;
+}
+
+void THtmlParser::ReadAttribute() {
+  THTMLTokenizer& T = Tokenizer;
+  FAttrname = T.Token;
+  // Template expressions ("{{...}}") keep their case.
+  bool keep_case = FCaseSensitive || contains(FAttrname.view(), u"{");
+  if (!keep_case)
+    lower_in_place(FAttrname);
+  if (FAttrname.size() < 16)
+    FAttrname = InternName(*AttrList, FAttrname);
+  do
+    T.NextToken(false);
+  while (!T.Eof && (T.TokenType == htSpace || T.TokenType == htComment || T.TokenType == htDirective));
+
+  if (!Attributes)
+    Attributes = std::make_unique<THtAttributes>(FCaseSensitive);
+  auto restore_case = [&] {
+    if (keep_case && !Attributes->CaseSensitive) {
+      int i = Attributes->Indexof(FAttrname);
+      if (i >= 0)
+        Attributes->List[i].Name = FAttrname;
+    }
+  };
+
+  if (T.Eof || T.TokenType != htEq) {
+    // A bare attribute replaces an earlier one of the same name.
+    Attributes->SetAttribute(FAttrname, FAttrname);
+    restore_case();
+    return;
+  }
+  do
+    T.NextToken(true);
+  while (!T.Eof && (T.TokenType == htSpace || T.TokenType == htComment));
+  if (FXMLMode && (T.Eof || T.TokenType != htString))
+    ValueExpected();
+  FAttrvalue.clear();
+  if (T.TokenType == htTagClose) {
+    FAttrvalue = u"/"_hs;
+    T.NextToken(false);
+  }
+  if (T.Eof || (T.TokenType != htIdent && T.TokenType != htString))
+    return;  // no value: the attribute is dropped
+  FAttrvalue += T.Token;
+  if (T.TokenType == htIdent) {
+    // Unquoted: "a=b=c/d" has the value "b=c/d".
+    for (;;) {
+      T.NextToken(true);
+      THTMLTokenType k = T.TokenType;
+      if (T.Eof || k == htSpace || k == htTagEnd || k == htScript || k == htStyle || k == htTagStart)
+        break;
+      if (k == htEq)
+        FAttrvalue += u'=';
+      else if (k == htTagClose)
+        FAttrvalue += u'/';
+      else
+        FAttrvalue += T.Token;
+    }
+  } else {
+    T.NextToken(false);
+  }
+  // A valued attribute never replaces: the first one wins. Documents rely on
+  // this asymmetry with bare attributes.
+  int i;
+  if (!Attributes->Find(FAttrname, i)) {
+    Attributes->Add(FAttrname, FAttrvalue);
+    restore_case();
+  }
+}
+
+void THtmlParser::ValueExpected() {
+  TStringParser& sp = Tokenizer.Parser;
+  hstring msg = u"Attribute "_hs + FAttrname + u" value expected but "_hs + token_display(Tokenizer) +
+                u" found. Line "_hs + hstring(std::to_string(sp.Line())) + u" position "_hs +
+                hstring(std::to_string(sp.Pos()));
+  throw EHtParserError(msg);
+}
+
+void THtmlParser::ApplyMetaCharset() {
+  if (!Attributes || FEncodingProcessed)
+    return;
+  hstring charset;
+  if (equals_ignore_case(Attributes->GetAttribute(u"http-equiv"_hs).view(), u"content-type"))
+    charset = lowered(Attributes->GetAttribute(u"content"_hs));
+  if (charset.empty())
+    charset = lowered(Attributes->GetAttribute(u"charset"_hs));
+  if (charset.empty())
+    return;
+  FEncodingProcessed = true;
+  if (contains(charset.view(), u"utf-8")) {
+    ChangeEncoding(heUTF8, 0);
+    return;
+  }
+  int cp = CharsettoCodepage(charset);
+  if (cp == 0 || Encoding != heDefault)
+    return;
+  TStringParser& sp = Tokenizer.Parser;
+  RawByteString bytes =
+      HtUnicodeToCodePage(std::u16string_view(sp.p, static_cast<size_t>(sp.pend - sp.p)), HtGetSystemCodePage());
+  hstring text = HtCodePageToUnicode(bytes.view(), cp);
+  if (!text.empty())
+    sp.Init(text);
+  Encoding = heANSI;
+  Codepage = static_cast<uint32_t>(cp);
+  recode_root(Root, heANSI, Codepage);
+}
+
+void THtmlParser::ChangeEncoding(THtmlEncoding NewEncoding, uint32_t /*NewCodePage*/) {
+  if (NewEncoding == Encoding || NewEncoding != heUTF8)
+    return;
+  TStringParser& sp = Tokenizer.Parser;
+  // A head holds little that would tell: test from "</head>" on when there is one.
+  const char16_t* test = find_ignore_case(sp.p, sp.pend, u"</head>");
+  if (IsUTF8(test ? test : sp.p)) {
+    RawByteString bytes =
+        HtUnicodeToCodePage(std::u16string_view(sp.p, static_cast<size_t>(sp.pend - sp.p)), HtGetSystemCodePage());
+    sp.Init(Utf8ToHString(bytes.view()));
+    recode_root(Root, heUTF8, 0);
+  }
+  Encoding = NewEncoding;
+}
+
+int THtmlParser::CharsettoCodepage(const hstring& ACharset) {
+  hstring cs = lowered(ACharset);
+  std::u16string_view s = cs.view();
+  static const struct {
+    std::u16string_view name;
+    int cp;
+  } kIso[] = {{u"iso-8859-1", 1252},  {u"iso-8859-2", 28592}, {u"iso-8859-5", 28595}, {u"iso-8859-6", 28596},
+              {u"iso-8859-7", 28597}, {u"iso-8859-9", 1254},  {u"iso-8859-8", 1255},  {u"koi8", 20866}};
+  for (auto& e : kIso)
+    if (contains(s, e.name))
+      return e.cp;
+  size_t w = s.find(u"windows-");
+  if (w != std::u16string_view::npos) {
+    int cp = 0;
+    for (size_t i = w + 8; i < s.size() && s[i] >= u'0' && s[i] <= u'9' && cp < 100000; ++i)
+      cp = cp * 10 + (s[i] - u'0');
+    return cp;
+  }
+  if (contains(s, u"gb2312"))
+    return 936;
+  if (contains(s, u"utf-8"))
+    return 65001;
+  if (contains(s, u"big5"))
+    return 950;
+  return 0;
+}
+
+THtmlEncoding THtmlParser::GetFileEncoding(const hstring& AFileName, uint32_t& ACodePage) {
+  ACodePage = 0;
+  std::ifstream f(AFileName.toUtf8(), std::ios::binary);
+  if (!f)
+    throw EFOpenError(u"Cannot open file \""_hs + AFileName + u"\""_hs);
+  std::string buf(4096, '\0');
+  f.read(buf.data(), static_cast<std::streamsize>(buf.size()));
+  buf.resize(static_cast<size_t>(f.gcount()));
+  const auto* b = reinterpret_cast<const uint8_t*>(buf.data());
+  size_t n = buf.size();
+  if (n >= 3 && b[0] == 0xEF && b[1] == 0xBB && b[2] == 0xBF)
+    return heUTF8;
+  if (n >= 2 && b[0] == 0xFF && b[1] == 0xFE)
+    return heUTF16;
+  if (buf.find(std::string_view("\0<", 2)) != std::string::npos)
+    return heUTF16;
+  if (IsUTF8Bytes(b, static_cast<int>(n)))
+    return heUTF8;
+  std::string lower = buf;
+  for (char& c : lower)
+    if (c >= 'A' && c <= 'Z')
+      c += 32;
+  size_t at = lower.find("charset");
+  if (at == std::string::npos)
+    return heDefault;
+  at = lower.find('=', at);
+  if (at == std::string::npos)
+    return heDefault;
+  ++at;
+  while (at < n && (static_cast<uint8_t>(lower[at]) <= ' ' || lower[at] == '"'))
+    ++at;
+  size_t e = at;
+  while (e < n && lower[e] != 0 && lower[e] != '"' && lower[e] != '>')
+    ++e;
+  ACodePage = static_cast<uint32_t>(
+      CharsettoCodepage(HtCodePageToUnicode(std::string_view(lower.data() + at, e - at), HtGetSystemCodePage())));
+  return heDefault;
+}
+
+int GetHTMLEncoding(const void* p, int Len) {
+  if (!p || Len < 20)
+    return 0;
+  const char* s = static_cast<const char*>(p);
+  const int limit = Len - 20 < 1000 ? Len - 20 : 1000;
+  for (int i = 0; i < limit; ++i) {
+    if (s[i] != '<' || !(std::memcmp(s + i + 1, "met", 3) == 0 || std::memcmp(s + i + 1, "MET", 3) == 0))
+      continue;
+    int j = i + 4;
+    int found = -1;
+    for (; j + 4 <= Len && s[j] != '>'; ++j)
+      if (std::memcmp(s + j, "char", 4) == 0) {
+        found = j + 4;
+        break;
+      }
+    if (found < 0)
+      continue;
+    int k = found;
+    while (k < Len && s[k] != '=' && s[k] != '>')
+      ++k;
+    if (k >= Len || s[k] != '=')
+      continue;
+    ++k;
+    if (k < Len && (s[k] == '"' || s[k] == '\''))
+      ++k;
+    int e = k;
+    while (e < Len && s[e] != ' ' && s[e] != '"' && s[e] != '\'' && s[e] != '>')
+      ++e;
+    std::u16string value;
+    for (int q = k; q < e; ++q)
+      value += static_cast<char16_t>(static_cast<uint8_t>(s[q]));
+    return THtmlParser::CharsettoCodepage(hstring(value.data(), value.size()));
+  }
+  return 0;
+}
+
+bool IsUTF8Bytes(const void* p, int Len) {
+  const auto* b = static_cast<const uint8_t*>(p);
+  bool seen = false;
+  auto cont = [&](int i, uint8_t lo, uint8_t hi) { return i < Len && b[i] >= lo && b[i] <= hi; };
+  for (int i = 0; i < Len;) {
+    uint8_t c = b[i];
+    if (c < 0x80) {
+      ++i;
+      continue;
+    }
+    int need;
+    uint8_t lo = 0x80, hi = 0xBF;
+    if (c == 0xC0 || c == 0xC1)
+      return false;
+    if (c >= 0xC2 && c <= 0xDF) {
+      need = 1;
+    } else if (c == 0xE0) {
+      need = 2;
+      lo = 0xA0;
+    } else if (c == 0xED) {
+      need = 2;
+      hi = 0x9F;
+    } else if ((c >= 0xE1 && c <= 0xEC) || c == 0xEE || c == 0xEF) {
+      need = 2;
+    } else {
+      return seen;  // stray continuation bytes and four-byte forms end the scan
+    }
+    if (i + need >= Len)
+      return seen;  // cut at the end of the sample: judge what came before
+    if (!cont(i + 1, lo, hi) || (need == 2 && !cont(i + 2, 0x80, 0xBF)))
+      return false;
+    seen = true;
+    i += need + 1;
+  }
+  return seen;
+}
+
+bool IsUTF8(const char16_t* p) {
+  if (!p)
+    return false;
+  size_t n = std::char_traits<char16_t>::length(p);
+  RawByteString bytes = HtUnicodeToCodePage(std::u16string_view(p, n), HtGetSystemCodePage());
+  return IsUTF8Bytes(bytes.c_str(), bytes.Length());
+}
+
+}  // namespace ht
