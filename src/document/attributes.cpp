@@ -1,6 +1,7 @@
 #include "htcore/document/attributes.h"
 
 #include "htcore/foundation/exception.h"
+#include "htcore/foundation/text_utils.h"
 
 #include <algorithm>
 
@@ -8,20 +9,7 @@ namespace ht {
 
 namespace {
 
-inline char16_t lower_ascii(char16_t c) { return c >= u'A' && c <= u'Z' ? char16_t(c + 32) : c; }
-
-// Lowers A..Z, copying the text only at the first capital found.
-void lower_name(hstring& s) {
-  const char16_t* p = s.c_str();
-  size_t n = s.size();
-  for (size_t i = 0; i < n; ++i)
-    if (p[i] >= u'A' && p[i] <= u'Z') {
-      char16_t* w = s.UniqueData();
-      for (; i < n; ++i)
-        w[i] = lower_ascii(w[i]);
-      return;
-    }
-}
+inline char16_t lower_ascii(char16_t c) { return CharLower(c); }
 
 int compare_units(const char16_t* a, size_t la, const char16_t* b, size_t lb, bool fold) {
   size_t n = std::min(la, lb);
@@ -81,7 +69,7 @@ int THtAttributes::InsertAt(int Index, const hstring& AttrName, const hstring& A
   THtAttribute& a = List[Index];
   a.Name = AttrName;
   if (!CaseSensitive)
-    lower_name(a.Name);
+    hLower(a.Name);
   a.Value = AttrValue;
   ++Count;
   return Index;

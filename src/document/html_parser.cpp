@@ -5,6 +5,7 @@
 #include <string>
 
 #include "document/codepage_pending.h"
+#include "htcore/foundation/text_utils.h"
 #include "document/html_parser_internal.h"
 #include "document/object_dictionary_shim.h"
 
@@ -16,23 +17,11 @@ void (*g_recode_nodes)(THtmlNode* Root, THtmlEncoding Encoding, uint32_t CodePag
 
 namespace {
 
-inline char16_t lower_ascii(char16_t c) { return c >= u'A' && c <= u'Z' ? char16_t(c + 32) : c; }
-
-void lower_in_place(hstring& s) {
-  const char16_t* p = s.c_str();
-  size_t n = s.size();
-  for (size_t i = 0; i < n; ++i)
-    if (p[i] >= u'A' && p[i] <= u'Z') {
-      char16_t* w = s.UniqueData();
-      for (; i < n; ++i)
-        w[i] = lower_ascii(w[i]);
-      return;
-    }
-}
+inline char16_t lower_ascii(char16_t c) { return CharLower(c); }
 
 hstring lowered(const hstring& s) {
   hstring r = s;
-  lower_in_place(r);
+  hLower(r);
   return r;
 }
 
@@ -88,10 +77,8 @@ void recode_root(THtmlNode* root, THtmlEncoding enc, uint32_t cp) {
 THtmlParser::THtmlParser(const hstring& s, bool AXMLMode)
     : Tokenizer(s, AXMLMode), FXMLMode(AXMLMode), FCaseSensitive(AXMLMode) {
   Tokenizer.XMLMode = AXMLMode;
-  TagList = std::make_unique<THtObjectDictionary>(255);
-  AttrList = std::make_unique<THtObjectDictionary>(511);
   IncorrectStack = std::make_unique<THtObjectList>(false);
-  Tokenizer.TagList = TagList.get();
+  Tokenizer.TagList = &TagList;
   TStringParser& sp = Tokenizer.Parser;
   size_t n = s.size();
   const char16_t* t = s.c_str();
@@ -103,14 +90,14 @@ THtmlParser::THtmlParser(const hstring& s, bool AXMLMode)
     sp.Skip(1);
   }
   if (!AXMLMode)
-    InternName(*TagList, u"*", 1);
+    InternName(TagList, u"*", 1);
 }
 
 THtmlParser::~THtmlParser() = default;
 
 void THtmlParser::vLower(hstring& s) const {
   if (!FCaseSensitive)
-    lower_in_place(s);
+    hLower(s);
 }
 
 void THtmlParser::SetCaseSensitive(bool v) {
@@ -241,9 +228,9 @@ void THtmlParser::ReadAttribute() {
   // Template expressions ("{{...}}") keep their case.
   bool keep_case = FCaseSensitive || contains(FAttrname.view(), u"{");
   if (!keep_case)
-    lower_in_place(FAttrname);
+    hLower(FAttrname);
   if (FAttrname.size() < 16)
-    FAttrname = InternName(*AttrList, FAttrname);
+    FAttrname = InternName(AttrList, FAttrname);
   do
     T.NextToken(false);
   while (!T.Eof && (T.TokenType == htSpace || T.TokenType == htComment || T.TokenType == htDirective));

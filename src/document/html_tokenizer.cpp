@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "document/html_char_classes.h"
-#include "document/object_dictionary_shim.h"
 #include "htcore/document/entities.h"
 #include "htcore/foundation/startup.h"
 
@@ -166,11 +165,11 @@ int HtmlCharClass(char16_t c, bool InTag) {
   return c < 256 ? detail::g_html_char_class[InTag ? 1 : 0][c] : 0;
 }
 
-const hstring& InternName(THtObjectDictionary& Dict, const char16_t* p, int Len) {
+const hstring& InternName(THtStringRecDictionary& Dict, const char16_t* p, int Len) {
   static const hstring kEmpty;
   if (Len <= 0)
     return kEmpty;
-  THtStringRec* rec = Dict.Find(p, Len);
+  THtStringRec* rec = Dict.Get(p, Len);
   if (!rec) {
     rec = new THtStringRec(hstring(p, static_cast<size_t>(Len)));
     Dict.AddObject(rec);  // the dictionary owns its records
@@ -178,11 +177,11 @@ const hstring& InternName(THtObjectDictionary& Dict, const char16_t* p, int Len)
   return rec->Value;
 }
 
-const hstring& InternName(THtObjectDictionary& Dict, const hstring& Name) {
+const hstring& InternName(THtStringRecDictionary& Dict, const hstring& Name) {
   static const hstring kEmpty;
   if (Name.empty())
     return kEmpty;
-  THtStringRec* rec = Dict.Find(Name.c_str(), Name.Length());
+  THtStringRec* rec = Dict.Get(Name);
   if (!rec) {
     rec = new THtStringRec(Name);
     Dict.AddObject(rec);

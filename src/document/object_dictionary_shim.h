@@ -10,26 +10,6 @@
 
 namespace ht {
 
-class THtObjectDictionary {
-public:
-  explicit THtObjectDictionary(int ACapacity) { FMap.reserve(static_cast<size_t>(ACapacity)); }
-  THtObjectDictionary(const THtObjectDictionary&) = delete;
-  THtObjectDictionary& operator=(const THtObjectDictionary&) = delete;
-  ~THtObjectDictionary() {
-    for (auto& kv : FMap)
-      delete kv.second;
-  }
-  THtStringRec* Find(const char16_t* p, int Len) const {
-    auto it = FMap.find(std::u16string_view(p, static_cast<size_t>(Len)));
-    return it == FMap.end() ? nullptr : it->second;
-  }
-  // Owns rec; its Value is the key.
-  void AddObject(THtStringRec* rec) { FMap.emplace(rec->Value.view(), rec); }
-
-private:
-  std::unordered_map<std::u16string_view, THtStringRec*> FMap;
-};
-
 class THtObjectList : public TObject {
 public:
   explicit THtObjectList(bool AOwnsObjects) : OwnsObjects(AOwnsObjects) {}

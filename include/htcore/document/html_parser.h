@@ -37,7 +37,6 @@ namespace ht {
 HT_ENUM(THtmlEncoding, heDefault, heUTF8, heUTF16, heANSI);
 
 class THtmlNode;
-class THtObjectDictionary;
 class THtObjectList;
 
 class THtmlParser {
@@ -66,8 +65,8 @@ public:
   THtmlEncoding Encoding = heDefault;
   uint32_t Codepage = 0;  // goes with heANSI
   int StartPos = 0;       // offset of the current item in the current text
-  std::unique_ptr<THtObjectDictionary> TagList;   // interned tag names (THtStringRec)
-  std::unique_ptr<THtObjectDictionary> AttrList;  // interned attribute names
+  THtStringRecDictionary TagList{255};   // interned tag names
+  THtStringRecDictionary AttrList{511};  // interned attribute names
   std::unique_ptr<THtObjectList> IncorrectStack;  // for the tree builder; does not own its nodes
   bool IgnoreMetaEncoding = false;
 

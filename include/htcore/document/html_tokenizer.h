@@ -23,13 +23,12 @@
 #include "htcore/foundation/enum_info.h"
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/object.h"
+#include "htcore/foundation/string_dictionary.h"
 
 namespace ht {
 
 HT_ENUM(THTMLTokenType, htUnknown, htIdent, htSpace, htString, htTagStart, htTagEnd, htTagClose, htEq, htScript,
         htStyle, htComment, htDirective, htCData, htCustom);
-
-class THtObjectDictionary;
 
 // An interned name: the value is also the key in TagList and AttrList, so all
 // occurrences of a name in one parse share one string.
@@ -40,10 +39,13 @@ public:
   hstring Value;
 };
 
+// The dictionaries of interned names (TagList, AttrList); they own their records.
+using THtStringRecDictionary = THtObjectDictionaryOf<THtStringRec, &THtStringRec::Value>;
+
 // The interned string for p[0..Len); adds it when new. No allocation for a
 // name already present.
-const hstring& InternName(THtObjectDictionary& Dict, const char16_t* p, int Len);
-const hstring& InternName(THtObjectDictionary& Dict, const hstring& Name);
+const hstring& InternName(THtStringRecDictionary& Dict, const char16_t* p, int Len);
+const hstring& InternName(THtStringRecDictionary& Dict, const hstring& Name);
 
 class THTMLTokenizer {
 public:
@@ -59,7 +61,7 @@ public:
   int TokenEnd = 0;
   bool Eof = false;
   bool XMLMode = false;
-  THtObjectDictionary* TagList = nullptr;  // not owned; tag names are interned here when set
+  THtStringRecDictionary* TagList = nullptr;  // not owned; tag names are interned here when set
 
   // False at the end of the text. With AllowStrings false, stray quotes
   // inside a tag are skipped (attribute names).
