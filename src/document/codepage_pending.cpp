@@ -9,7 +9,7 @@
 #include <string>
 #include <unordered_map>
 
-namespace ht {
+namespace ht::detail {
 
 namespace {
 
@@ -78,10 +78,10 @@ const TTable* table_for(int cp) {
 
 }  // namespace
 
-void HtSetSystemCodePage(int CodePage) { g_system_cp = CodePage; }
-int HtGetSystemCodePage() { return g_system_cp; }
+void PendingSetSystemCodePage(int CodePage) { g_system_cp = CodePage; }
+int PendingGetSystemCodePage() { return g_system_cp; }
 
-hstring HtCodePageToUnicode(std::string_view Bytes, int CodePage) {
+hstring PendingCodePageToUnicode(std::string_view Bytes, int CodePage) {
   if (Bytes.empty())
     return hstring();
   if (CodePage == 65001)
@@ -117,7 +117,7 @@ hstring HtCodePageToUnicode(std::string_view Bytes, int CodePage) {
   return hstring(out.data(), out.size());
 }
 
-RawByteString HtUnicodeToCodePage(std::u16string_view Text, int CodePage) {
+RawByteString PendingUnicodeToCodePage(std::u16string_view Text, int CodePage) {
   if (Text.empty())
     return RawByteString();
   if (CodePage == 65001) {
@@ -141,4 +141,4 @@ RawByteString HtUnicodeToCodePage(std::u16string_view Text, int CodePage) {
   return r;
 }
 
-}  // namespace ht
+}  // namespace ht::detail

@@ -6,11 +6,11 @@
 
 #include "htcore/foundation/hstring.h"
 
-namespace ht {
+namespace ht::detail {
 
-hstring HtCodePageToUnicode(std::string_view Bytes, int CodePage);
-RawByteString HtUnicodeToCodePage(std::u16string_view Text, int CodePage);
-void HtSetSystemCodePage(int CodePage);
-int HtGetSystemCodePage();
+hstring PendingCodePageToUnicode(std::string_view Bytes, int CodePage);
+RawByteString PendingUnicodeToCodePage(std::u16string_view Text, int CodePage);
+void PendingSetSystemCodePage(int CodePage);
+int PendingGetSystemCodePage();
 
-}  // namespace ht
+}  // namespace ht::detail

@@ -6,8 +6,11 @@
 
 #include "document/codepage_pending.h"
 #include "htcore/foundation/text_utils.h"
+
+using ht::detail::PendingCodePageToUnicode;
+using ht::detail::PendingGetSystemCodePage;
+using ht::detail::PendingUnicodeToCodePage;
 #include "document/html_parser_internal.h"
-#include "document/object_dictionary_shim.h"
 
 namespace ht {
 
@@ -77,7 +80,6 @@ void recode_root(THtmlNode* root, THtmlEncoding enc, uint32_t cp) {
 THtmlParser::THtmlParser(const hstring& s, bool AXMLMode)
     : Tokenizer(s, AXMLMode), FXMLMode(AXMLMode), FCaseSensitive(AXMLMode) {
   Tokenizer.XMLMode = AXMLMode;
-  IncorrectStack = std::make_unique<THtObjectList>(false);
   Tokenizer.TagList = &TagList;
   TStringParser& sp = Tokenizer.Parser;
   size_t n = s.size();
@@ -318,8 +320,8 @@ void THtmlParser::ApplyMetaCharset() {
     return;
   TStringParser& sp = Tokenizer.Parser;
   RawByteString bytes =
-      HtUnicodeToCodePage(std::u16string_view(sp.p, static_cast<size_t>(sp.pend - sp.p)), HtGetSystemCodePage());
-  hstring text = HtCodePageToUnicode(bytes.view(), cp);
+      PendingUnicodeToCodePage(std::u16string_view(sp.p, static_cast<size_t>(sp.pend - sp.p)), PendingGetSystemCodePage());
+  hstring text = PendingCodePageToUnicode(bytes.view(), cp);
   if (!text.empty())
     sp.Init(text);
   Encoding = heANSI;
@@ -335,7 +337,7 @@ void THtmlParser::ChangeEncoding(THtmlEncoding NewEncoding, uint32_t /*NewCodePa
   const char16_t* test = find_ignore_case(sp.p, sp.pend, u"</head>");
   if (IsUTF8(test ? test : sp.p)) {
     RawByteString bytes =
-        HtUnicodeToCodePage(std::u16string_view(sp.p, static_cast<size_t>(sp.pend - sp.p)), HtGetSystemCodePage());
+        PendingUnicodeToCodePage(std::u16string_view(sp.p, static_cast<size_t>(sp.pend - sp.p)), PendingGetSystemCodePage());
     sp.Init(Utf8ToHString(bytes.view()));
     recode_root(Root, heUTF8, 0);
   }
@@ -404,7 +406,7 @@ THtmlEncoding THtmlParser::GetFileEncoding(const hstring& AFileName, uint32_t& A
   while (e < n && lower[e] != 0 && lower[e] != '"' && lower[e] != '>')
     ++e;
   ACodePage = static_cast<uint32_t>(
-      CharsettoCodepage(HtCodePageToUnicode(std::string_view(lower.data() + at, e - at), HtGetSystemCodePage())));
+      CharsettoCodepage(PendingCodePageToUnicode(std::string_view(lower.data() + at, e - at), PendingGetSystemCodePage())));
   return heDefault;
 }
 
@@ -485,7 +487,7 @@ bool IsUTF8(const char16_t* p) {
   if (!p)
     return false;
   size_t n = std::char_traits<char16_t>::length(p);
-  RawByteString bytes = HtUnicodeToCodePage(std::u16string_view(p, n), HtGetSystemCodePage());
+  RawByteString bytes = PendingUnicodeToCodePage(std::u16string_view(p, n), PendingGetSystemCodePage());
   return IsUTF8Bytes(bytes.c_str(), bytes.Length());
 }
 

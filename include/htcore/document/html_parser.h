@@ -31,13 +31,13 @@
 #include "htcore/document/html_tokenizer.h"
 #include "htcore/foundation/enum_info.h"
 #include "htcore/foundation/hstring.h"
+#include "htcore/foundation/object_list.h"
 
 namespace ht {
 
 HT_ENUM(THtmlEncoding, heDefault, heUTF8, heUTF16, heANSI);
 
 class THtmlNode;
-class THtObjectList;
 
 class THtmlParser {
 public:
@@ -67,7 +67,7 @@ public:
   int StartPos = 0;       // offset of the current item in the current text
   THtStringRecDictionary TagList{255};   // interned tag names
   THtStringRecDictionary AttrList{511};  // interned attribute names
-  std::unique_ptr<THtObjectList> IncorrectStack;  // for the tree builder; does not own its nodes
+  THtObjectList IncorrectStack{false};  // for the tree builder; does not own its nodes
   bool IgnoreMetaEncoding = false;
 
   bool NextItem();
