@@ -493,9 +493,11 @@ void THTMLTokenizer::ReadCustom() {
     else if (c == u'>' && !bracket)
       break;
   }
-  Token = hstring(start, static_cast<size_t>(sp.p - start));
-  if (!Token.empty())
+  // "<!>" leaves type and text as they were.
+  if (sp.p > start) {
+    Token = hstring(start, static_cast<size_t>(sp.p - start));
     TokenType = htCustom;
+  }
   if (sp.p < sp.pend)
     ++sp.p;
 }

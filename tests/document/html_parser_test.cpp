@@ -115,6 +115,7 @@ TEST(HtmlParser, ItemStreams) {
       {u"<style>p{}</style>", "style/:p{}"},
       {u"<script src=/x.js>var a;</script>z", "script/[src=/x.js]:var a; 'z'"},
       {u"<p", ""},
+      {u"<a b=1 <!>>", "a[b=1]"},  // an empty "<!>" leaves the previous token in place
       {u"<p>x</p", "p 'x'"},
   };
   for (auto& c : cases)
