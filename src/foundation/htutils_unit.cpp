@@ -4,6 +4,7 @@
 #include "foundation/units.h"
 #include "foundation/url_escapes.h"
 #include "foundation/zip_internal.h"
+#include "foundation/utf8_tables.h"
 
 namespace ht::detail {
 
@@ -12,6 +13,7 @@ void StartHtUtils() {
   StartUrlEscapes();
   StartCRC32();
   StartZip();
+  StartUtf8Tables();
 }
 
 void StopHtUtils() { StopZip(); }
