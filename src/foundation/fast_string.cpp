@@ -3,6 +3,7 @@
 #include "htcore/foundation/exception.h"
 #include "htcore/foundation/stream.h"
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -17,33 +18,53 @@ namespace {
 // Same ceiling as hstring, so a flattened builder always fits one.
 constexpr int64_t kMaxLen = 0x7FFFFFF0 / 2;
 
-constexpr char kPairs[] = "00010203040506070809"
-                          "10111213141516171819"
-                          "20212223242526272829"
-                          "30313233343536373839"
-                          "40414243444546474849"
-                          "50515253545556575859"
-                          "60616263646566676869"
-                          "70717273747576777879"
-                          "80818283848586878889"
-                          "90919293949596979899";
+template <class CharT> struct TPair { CharT d[2]; };
+
+// The pairs as units, so that one copy writes two digits.
+template <class CharT> constexpr auto MakePairUnits() {
+  std::array<TPair<CharT>, 100> t{};
+  for (int i = 0; i < 100; ++i)
+    t[static_cast<size_t>(i)] = {{static_cast<CharT>('0' + i / 10), static_cast<CharT>('0' + i % 10)}};
+  return t;
+}
+template <class CharT> constexpr std::array<TPair<CharT>, 100> kPairUnits = MakePairUnits<CharT>();
+
+inline int DigitCount32(uint32_t w) {
+  if (w < 10000)
+    return w < 100 ? (w < 10 ? 1 : 2) : (w < 1000 ? 3 : 4);
+  if (w < 100000000)
+    return w < 1000000 ? (w < 100000 ? 5 : 6) : (w < 10000000 ? 7 : 8);
+  return w < 1000000000 ? 9 : 10;
+}
+
+inline int DigitCount(uint64_t v) {
+  int n = 0;
+  while (v > 0xFFFFFFFFu) {
+    v /= 10000;
+    n += 4;
+  }
+  return n + DigitCount32(static_cast<uint32_t>(v));
+}
 
 // Writes the digits of v right-aligned so that they end at end; returns the start.
-template <class CharT> CharT* DigitsBefore(CharT* end, uint64_t v) {
+template <class CharT> [[gnu::always_inline]] inline CharT* DigitsBefore(CharT* end, uint64_t v) {
   CharT* p = end;
-  while (v >= 100) {
-    unsigned r = static_cast<unsigned>(v % 100);
-    v /= 100;
+  while (v > 0xFFFFFFFFu) {
     p -= 2;
-    p[0] = static_cast<CharT>(kPairs[2 * r]);
-    p[1] = static_cast<CharT>(kPairs[2 * r + 1]);
+    std::memcpy(p, &kPairUnits<CharT>[v % 100], sizeof(TPair<CharT>));
+    v /= 100;
   }
-  if (v < 10) {
-    *--p = static_cast<CharT>('0' + v);
+  uint32_t w = static_cast<uint32_t>(v); // 32-bit steps are cheaper
+  while (w >= 100) {
+    p -= 2;
+    std::memcpy(p, &kPairUnits<CharT>[w % 100], sizeof(TPair<CharT>));
+    w /= 100;
+  }
+  if (w < 10) {
+    *--p = static_cast<CharT>('0' + w);
   } else {
     p -= 2;
-    p[0] = static_cast<CharT>(kPairs[2 * v]);
-    p[1] = static_cast<CharT>(kPairs[2 * v + 1]);
+    std::memcpy(p, &kPairUnits<CharT>[w], sizeof(TPair<CharT>));
   }
   return p;
 }
@@ -120,23 +141,31 @@ template <class D, class C> D& TChunkBuilder<D, C>::AddSpaces(int SpaceCount) {
 
 template <class D, class C> void TChunkBuilder<D, C>::AddInt64(int64_t Value) {
   uint64_t v = static_cast<uint64_t>(Value);
+  int sign = 0;
   if (Value < 0) {
-    AddChar(C('-'));
     v = 0 - v;
+    sign = 1;
   }
   // The short forms look at the low 32 bits only.
   uint32_t low = static_cast<uint32_t>(v);
-  if (low < 10) {
-    AddChar(static_cast<C>('0' + low));
-    return;
-  }
   if (low < 100) {
-    Add2Char(static_cast<C>(kPairs[2 * low]), static_cast<C>(kPairs[2 * low + 1]));
+    C* d = Reserve(3);
+    d[0] = C('-');
+    if (low < 10) {
+      d[sign] = static_cast<C>('0' + low);
+      FCurrent->Used += sign + 1;
+    } else {
+      std::memcpy(d + sign, &kPairUnits<C>[low], sizeof(TPair<C>));
+      FCurrent->Used += sign + 2;
+    }
     return;
   }
-  C buf[21];
-  C* p = DigitsBefore(buf + 21, v);
-  AddUnits(p, buf + 21 - p);
+  // Straight into the chunk: count the digits, then fill from the end.
+  int n = (v >> 32 ? DigitCount(v) : DigitCount32(low)) + sign;
+  C* d = Reserve(n);
+  d[0] = C('-');
+  DigitsBefore(d + n, v);
+  FCurrent->Used += n;
 }
 
 template <class D, class C> void TChunkBuilder<D, C>::AddFixed(double Value, ptrdiff_t Digits, bool Zero) {

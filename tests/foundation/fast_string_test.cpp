@@ -43,6 +43,25 @@ TEST(FastString, AppendsChainAndCount) {
   EXPECT_EQ(U8(fs), "abcde  fgh");
   EXPECT_EQ(fs.GetTotalLen(), 10);
   EXPECT_EQ(fs.LastChar(), u'h');
+
+  TFastString t(8);
+  const char16_t buf[8] = u"ab"; // an array longer than its text
+  const char16_t* p = u"xyz";
+  t.Add(buf).Add(p).Add(u"0123456789abcdefghij").Add(std::u16string(u"klmnopqrstuvwxyz0123456789"));
+  EXPECT_EQ(U8(t), "abxyz0123456789abcdefghijklmnopqrstuvwxyz0123456789");
+}
+
+TEST(FastString, SmallNumbersAtChunkEnds) {
+  // Every free space from 0 to 4 units in front of numbers of 1 to 5 digits.
+  for (int pad = 0; pad < 6; ++pad) {
+    for (int64_t v : {7, 42, 999, 1000, 9999, 10000, -3, -9999}) {
+      TFastString fs(6);
+      std::u16string head(static_cast<size_t>(pad), u'.');
+      fs.Add(std::u16string_view(head)).Add(v).AddChar(u'|');
+      std::string expected = std::string(static_cast<size_t>(pad), '.') + std::to_string(v) + "|";
+      EXPECT_EQ(U8(fs), expected) << pad << " " << v;
+    }
+  }
 }
 
 TEST(FastString, TextNeverSplitsAcrossChunks) {
@@ -165,10 +184,18 @@ TEST(FastString, PosOfLooksAtNeighbouringChunksOnly) {
     const char16_t* what;
     int pos;
   } cases[] = {
-      {u"a", 1},         {u"ab", 1}, {u"bc", 2}, {u"cd", 3},   {u"bcd", 2}, {u"h", 8},
-      {u"fgh", 6},       {u"x", 0},  {u"", 0},   {u"bcde", 0}, // spans three chunks: not found although the
-                                                               // text has it
-      {u"abcdefghi", 0},                                       // longer than the text
+      {u"a", 1},
+      {u"ab", 1},
+      {u"bc", 2},
+      {u"cd", 3},
+      {u"bcd", 2},
+      {u"h", 8},
+      {u"fgh", 6},
+      {u"x", 0},
+      {u"", 0},
+      {u"bcde", 0},      // spans three chunks: not found although the
+                         // text has it
+      {u"abcdefghi", 0}, // longer than the text
   };
   for (auto& c : cases)
     EXPECT_EQ(fs.PosOf(c.what), c.pos) << std::u16string(c.what).size();

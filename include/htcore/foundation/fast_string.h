@@ -33,6 +33,21 @@ template <class T>
 concept IsCharLike = std::same_as<T, bool> || std::same_as<T, char> || std::same_as<T, char8_t> ||
     std::same_as<T, char16_t> || std::same_as<T, char32_t> || std::same_as<T, wchar_t>;
 
+// "00" to "99" as pairs of UTF-16 units.
+struct TDigitPair {
+  char16_t d[2];
+};
+struct TDigitPairs {
+  TDigitPair p[100];
+  constexpr const TDigitPair& operator[](size_t i) const { return p[i]; }
+};
+inline constexpr TDigitPairs kDigitPairs = [] {
+  TDigitPairs t{};
+  for (int i = 0; i < 100; ++i)
+    t.p[i] = {{static_cast<char16_t>(u'0' + i / 10), static_cast<char16_t>(u'0' + i % 10)}};
+  return t;
+}();
+
 template <class CharT> struct TFastChunk {
   CharT* Text = nullptr;
   int32_t Capacity = 0;
@@ -127,12 +142,42 @@ protected:
         d[0] = Src[0];
         break;
       default:
-        std::memcpy(d, Src, static_cast<size_t>(L) * sizeof(CharT));
+        CopyShort(d, Src, static_cast<size_t>(L) * sizeof(CharT));
       }
       return self();
     }
     AddSlow(Src, L);
     return self();
+  }
+
+  // Texts up to 32 bytes move as two overlapping fixed-size blocks, which
+  // compile to a few register moves instead of a call.
+  static void CopyShort(void* d, const void* s, size_t nb) {
+    auto* dc = static_cast<char*>(d);
+    auto* sc = static_cast<const char*>(s);
+    if (nb <= 8) {
+      uint32_t a, b;
+      std::memcpy(&a, sc, 4);
+      std::memcpy(&b, sc + nb - 4, 4);
+      std::memcpy(dc, &a, 4);
+      std::memcpy(dc + nb - 4, &b, 4);
+    } else if (nb <= 16) {
+      uint64_t a, b;
+      std::memcpy(&a, sc, 8);
+      std::memcpy(&b, sc + nb - 8, 8);
+      std::memcpy(dc, &a, 8);
+      std::memcpy(dc + nb - 8, &b, 8);
+    } else if (nb <= 32) {
+      struct B16 {
+        char b[16];
+      } a, b;
+      std::memcpy(&a, sc, 16);
+      std::memcpy(&b, sc + nb - 16, 16);
+      std::memcpy(dc, &a, 16);
+      std::memcpy(dc + nb - 16, &b, 16);
+    } else {
+      std::memcpy(dc, sc, nb);
+    }
   }
 
   // Space for n units at the end of the current chunk; the caller fills them
@@ -174,11 +219,44 @@ public:
   TFastString& Add(const char16_t* Src, ptrdiff_t L) { return AddUnits(Src, L); }
   TFastString& Add(const hstring& s) { return AddUnits(s.c_str(), static_cast<ptrdiff_t>(s.size())); }
   TFastString& Add(std::u16string_view s) { return AddUnits(s.data(), static_cast<ptrdiff_t>(s.size())); }
-  TFastString& Add(const char16_t* s) { return Add(std::u16string_view(s)); }
+  // NUL-terminated text. For a literal the length is found at compile time.
+  template <class S>
+  requires(std::same_as<std::decay_t<S>, const char16_t*> ||
+           std::same_as<std::decay_t<S>, char16_t*>) TFastString& Add(S&& s) {
+    using Bare = std::remove_reference_t<S>;
+    if constexpr (std::is_array_v<Bare>) {
+      constexpr size_t N = std::extent_v<Bare>;
+      size_t n = 0;
+      while (n < N && s[n])
+        ++n;
+      return AddUnits(s, static_cast<ptrdiff_t>(n));
+    } else {
+      return Add(std::u16string_view(s));
+    }
+  }
   // Decimal form of any integer (as Int64). Only the low 32 bits pick the one-
   // and two-digit shortcut, so 2^32 + 5 prints "5"; callers stay far below 2^32.
   template <std::integral T>
   requires(!detail::IsCharLike<T>) TFastString& Add(T Value) {
+    uint64_t u = static_cast<uint64_t>(static_cast<int64_t>(Value));
+    if (u < 10)
+      return AddChar(static_cast<char16_t>(u'0' + u));
+    if (u < 10000 && FCurrent->Capacity - FCurrent->Used >= 4) { // the common small counts, inline
+      unsigned w = static_cast<unsigned>(u);
+      int n = w < 100 ? 2 : (w < 1000 ? 3 : 4);
+      char16_t* d = FCurrent->Text + FCurrent->Used + n;
+      FCurrent->Used += n;
+      if (w >= 100) {
+        std::memcpy(d - 2, &detail::kDigitPairs[w % 100], 4);
+        w /= 100;
+        d -= 2;
+      }
+      if (w >= 10)
+        std::memcpy(d - 2, &detail::kDigitPairs[w], 4);
+      else
+        d[-1] = static_cast<char16_t>(u'0' + w);
+      return *this;
+    }
     AddInt64(static_cast<int64_t>(Value));
     return *this;
   }
