@@ -3,8 +3,8 @@
 #include "foundation/crc32_internal.h"
 #include "foundation/units.h"
 #include "foundation/url_escapes.h"
-#include "foundation/zip_internal.h"
 #include "foundation/utf8_tables.h"
+#include "foundation/zip_internal.h"
 
 namespace ht::detail {
 
