@@ -3,6 +3,7 @@
 
 #include "document/html_colour_data.h"
 #include "document/htmlpars_start.h"
+#include "htcore/foundation/colour.h"
 #include "htcore/foundation/startup.h"
 #include "htcore/foundation/string_dictionary.h"
 #include "htcore/foundation/text_utils.h"
@@ -25,9 +26,6 @@ public:
       AddPointer(&recs[i]);
   }
 };
-
-// Stand-in until the theme procedure lands.
-uint32_t CallThemeColorPrc(int index) { return 0xFF000000u | static_cast<uint32_t>(index); }
 
 struct TColorTables {
   THtColorRec colors[kHtColorCount];
@@ -213,7 +211,7 @@ uint32_t colour_of(view s, bool with_rgba, int& IsSystem) {
     return 0xFF000000 | c->rgb;
   if (const THtSysColorRec* c = find_sys_colour(s)) {
     IsSystem = 1;
-    return CallThemeColorPrc(c->index);
+    return ThemeColor(c->index);
   }
   // Both are system colour names too, so these only answer before start.
   if (s == u"window")
@@ -248,7 +246,7 @@ uint32_t HtStringtoColor(std::u16string_view s) {
 uint32_t HtStringtoSysColor(std::u16string_view s) {
   EnsureStarted();
   const THtSysColorRec* c = find_sys_colour(LowerCase(s).view());
-  return c ? CallThemeColorPrc(c->index) : 0;
+  return c ? ThemeColor(c->index) : 0;
 }
 
 uint32_t htmlHextoColor(std::u16string_view s) {
@@ -297,8 +295,6 @@ void LowerColorNames() {
 void BuildColorDictionary() {
   g_tables->by_name = std::make_unique<THtColorDictionary>(g_tables->colors, kHtColorCount);
 }
-
-void InstallThemeColorPrc() {}
 
 void FreeColorTables() {
   delete g_tables;

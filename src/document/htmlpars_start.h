@@ -6,7 +6,6 @@ namespace ht::detail {
 void LowerColorNames();
 void BuildEntityDictionaries();
 void BuildColorDictionary();
-void InstallThemeColorPrc();
 
 void FreeEntityTables();
 void FreeColorTables();

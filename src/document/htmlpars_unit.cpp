@@ -11,7 +11,8 @@ void StartHtmlPars() {
   BuildHtmlCharClasses();
   BuildEntityDictionaries();
   BuildColorDictionary();
-  InstallThemeColorPrc();
+  // The theme procedure needs none either: an empty slot means the built-in
+  // system colours, and a procedure a host set before start stays in place.
 }
 
 void StopHtmlPars() {

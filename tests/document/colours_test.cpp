@@ -1,4 +1,6 @@
 #include "htcore/document/html_colours.h"
+#include "htcore/foundation/colour.h"
+#include "htcore/foundation/text_utils.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -133,4 +135,51 @@ TEST(HtmlColours, ColourText) {
       lower += u >= u'A' && u <= u'Z' ? static_cast<char16_t>(u + 32) : u;
     EXPECT_EQ(htmlHextoColor(lower), c) << std::hex << c;
   }
+}
+
+namespace {
+
+// A host theme that encodes the index it was asked for.
+uint32_t host_theme(int index) { return 0xFE000000u | static_cast<uint32_t>(index) << 8 | 0x5A; }
+
+struct ThemeGuard {
+  TThemeColorProc old;
+  explicit ThemeGuard(TThemeColorProc p) : old(SetThemeColorPrc(p)) {}
+  ~ThemeGuard() { SetThemeColorPrc(old); }
+};
+
+}  // namespace
+
+TEST(HtmlColours, SystemNamesGoThroughTheThemeProcedure) {
+  ThemeGuard guard(host_theme);
+  const struct {
+    std::u16string_view name;
+    int index;
+  } cases[] = {
+      {u"scrollbar", 0},  {u"buttonface", 15},  {u"c3dface", 15},       {u"c3dhilight", 20},
+      {u"highlight", 13}, {u"highlight2", 130}, {u"highlighttext", 14}, {u"canvastext", 8},
+      {u"window", 5},     {u"windowtext", 8},   {u"menubar", 30},       {u"activeborder", 10},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(hstring(c.name).toUtf8());
+    EXPECT_EQ(htmlHextoColor(c.name), host_theme(c.index));
+    int is_system = 0;
+    EXPECT_EQ(htmlHextoColorSys(c.name, is_system), host_theme(c.index));
+    EXPECT_EQ(is_system, 1);
+    EXPECT_EQ(HtStringtoSysColor(UpperCase(c.name).view()), host_theme(c.index));
+  }
+  for (const THtSysColorRec& r : HtSysColorTable())
+    EXPECT_EQ(HtStringtoSysColor(r.name.view()), host_theme(r.index)) << r.name.toUtf8();
+  // A colour name never asks the theme; rgba() over a system colour does.
+  EXPECT_EQ(htmlHextoColor(u"red"), 0xFFFF0000u);
+  EXPECT_EQ(htmlHextoColor(u"rgba(highlight, 0.5)"), 0x80000D5Au);
+}
+
+TEST(HtmlColours, DefaultThemeIsTheBuiltInTable) {
+  ThemeGuard guard(nullptr);
+  EXPECT_EQ(htmlHextoColor(u"window"), DefaultThemeColor(5));
+  EXPECT_EQ(htmlHextoColor(u"window"), 0xFFFFFFFFu);
+  EXPECT_EQ(htmlHextoColor(u"windowtext"), 0xFF000000u);
+  EXPECT_EQ(HtStringtoSysColor(u"ButtonFace"), DefaultThemeColor(15));
+  EXPECT_EQ(HtStringtoSysColor(u"ButtonFace") >> 24, 0xFFu);
 }
