@@ -11,7 +11,7 @@ void StartHtmlPars() {
   BuildHtmlCharClasses();
   BuildEntityDictionaries();
   BuildColorDictionary();
-  // The theme procedure needs none either: an empty slot means the built-in
+  // The theme procedure needs no start step: an empty slot means the built-in
   // system colours, and a procedure a host set before start stays in place.
 }
 
