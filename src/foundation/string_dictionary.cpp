@@ -1,23 +1,27 @@
 // String-keyed dictionaries: insertion and removal with keys read out of values.
 #include "htcore/foundation/string_dictionary.h"
 
+#include "htcore/foundation/exception.h"
+
 namespace ht {
+
+namespace {
+const THtHashFunc kSha = &ShaPerfectHash;
+const THtHashFunc kShaAsm = &ShaPerfectHashAsm;
+} // namespace
 
 THtObjectDictionary::THtObjectDictionary(int ACapacity, bool AOwnsObjects, std::ptrdiff_t AKeyOffset,
                                          THtHashFunc AHashFunc)
-    : THtIdObjectDictionary(ACapacity, AOwnsObjects), FKey{AHashFunc
-                                                               ? AHashFunc
-                                                               : static_cast<THtHashFunc>(&ShaPerfectHash),
-                                                           AKeyOffset, nullptr} {}
+    : THtIdObjectDictionary(ACapacity, AOwnsObjects),
+      FKey(detail::THtKeyAccess::Make(AHashFunc, kSha, AKeyOffset, nullptr)) {}
 
 THtObjectDictionary::THtObjectDictionary(int ACapacity, bool AOwnsObjects, THtKeyAccessor AKeyAccessor,
                                          THtHashFunc AHashFunc)
-    : THtIdObjectDictionary(ACapacity, AOwnsObjects), FKey{AHashFunc
-                                                               ? AHashFunc
-                                                               : static_cast<THtHashFunc>(&ShaPerfectHash),
-                                                           0, AKeyAccessor} {}
+    : THtIdObjectDictionary(ACapacity, AOwnsObjects),
+      FKey(detail::THtKeyAccess::Make(AHashFunc, kSha, 0, AKeyAccessor)) {}
 
 int THtObjectDictionary::AddHashed(uint32_t Hash, const hstring& Key, TObject* Value) {
+  HT_ASSERT(Value); // the key is read out of every stored value
   PrepareAdd();
   const int i = FindHashed(Hash, Key);
   if (i >= 0) {
@@ -49,16 +53,15 @@ void THtObjectDictionary::RemoveHashed(uint32_t Hash, const hstring& Key) {
 }
 
 THtPointerDictionary::THtPointerDictionary(int ACapacity, std::ptrdiff_t AKeyOffset, THtHashFunc AHashFunc)
-    : THtIdPointerDictionary(ACapacity), FKey{AHashFunc ? AHashFunc
-                                                        : static_cast<THtHashFunc>(&ShaPerfectHashAsm),
-                                              AKeyOffset, nullptr} {}
+    : THtIdPointerDictionary(ACapacity),
+      FKey(detail::THtKeyAccess::Make(AHashFunc, kShaAsm, AKeyOffset, nullptr)) {}
 
 THtPointerDictionary::THtPointerDictionary(int ACapacity, THtKeyAccessor AKeyAccessor, THtHashFunc AHashFunc)
-    : THtIdPointerDictionary(ACapacity), FKey{AHashFunc ? AHashFunc
-                                                        : static_cast<THtHashFunc>(&ShaPerfectHashAsm),
-                                              0, AKeyAccessor} {}
+    : THtIdPointerDictionary(ACapacity),
+      FKey(detail::THtKeyAccess::Make(AHashFunc, kShaAsm, 0, AKeyAccessor)) {}
 
 int THtPointerDictionary::AddHashed(uint32_t Hash, const hstring& Key, void* Value) {
+  HT_ASSERT(Value);
   PrepareAdd();
   const int i = FindHashed(Hash, Key);
   if (i >= 0) {
@@ -83,14 +86,17 @@ void* THtPointerDictionary::ExtractHashed(uint32_t Hash, const hstring& Key) {
   return v;
 }
 
+// The thread dictionary's default is the unrolled form; both give the same number.
 THtThreadObjectDictionary::THtThreadObjectDictionary(int ACapacity, bool AOwnsObjects,
                                                      std::ptrdiff_t AKeyOffset, THtHashFunc AHashFunc)
-    : THtObjectDictionary(ACapacity, AOwnsObjects, AKeyOffset,
-                          AHashFunc ? AHashFunc : static_cast<THtHashFunc>(&ShaPerfectHashAsm)) {}
+    : THtObjectDictionary(ACapacity, AOwnsObjects, AKeyOffset, AHashFunc) {
+  FKey = detail::THtKeyAccess::Make(AHashFunc, kShaAsm, AKeyOffset, nullptr);
+}
 
 THtThreadObjectDictionary::THtThreadObjectDictionary(int ACapacity, bool AOwnsObjects,
                                                      THtKeyAccessor AKeyAccessor, THtHashFunc AHashFunc)
-    : THtObjectDictionary(ACapacity, AOwnsObjects, AKeyAccessor,
-                          AHashFunc ? AHashFunc : static_cast<THtHashFunc>(&ShaPerfectHashAsm)) {}
+    : THtObjectDictionary(ACapacity, AOwnsObjects, AKeyAccessor, AHashFunc) {
+  FKey = detail::THtKeyAccess::Make(AHashFunc, kShaAsm, 0, AKeyAccessor);
+}
 
 } // namespace ht

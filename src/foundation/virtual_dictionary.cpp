@@ -13,6 +13,7 @@ THtVirtualStringDictionary::THtVirtualStringDictionary(int ACapacity, std::ptrdi
 
 int THtVirtualStringDictionary::AddHashedVirtual(uint32_t Hash, int Index, void* Value, const char16_t* p,
                                                  int Len) {
+  HT_ASSERT(Value);
   if (FCount >= FGrowAt) {
     PrepareAdd();
     Index = FindHashedVirtual(Hash, p, Len);
@@ -71,7 +72,7 @@ THtUTF8Dictionary::THtUTF8Dictionary(int ACapacity, std::ptrdiff_t AKeyOffset, T
       FKeyOffset(AKeyOffset) {}
 
 int THtUTF8Dictionary::AddWithIndex(uint32_t Hash, int Index, void* Value, const char* p, int Len) {
-  HT_ASSERT(Len <= MaxKeyLength);
+  HT_ASSERT(Value && Len <= MaxKeyLength);
   if (FCount >= FGrowAt) {
     PrepareAdd();
     Index = FindHashed(Hash, p, Len);

@@ -225,6 +225,21 @@ TEST(IdDictionary, IdsEqualToSlotNumbers) {
   EXPECT_TRUE(RobinHoodOrdered(d));
 }
 
+// At grow-at a 4-slot table has one empty slot left. A probe for the id equal
+// to that slot's index walks the whole table and must not take the empty
+// slot for a match.
+TEST(IdDictionary, ProbeEndsAtTheLastEmptySlot) {
+  THtIdPointerDictionary d(0);
+  for (uint32_t k : {64u, 32u, 104u})  // all at home 1: slots 1, 2, 3
+    d.Add(k, Ptr(k));
+  ASSERT_TRUE(d.IsEmptySlot(0));
+  EXPECT_EQ(d.Get(0), nullptr);
+  EXPECT_FALSE(d.ContainsKey(0));
+  EXPECT_EQ(d.InternalFind(0), ~0);
+  EXPECT_EQ(d.Extract(0), nullptr);
+  EXPECT_EQ(d.Count(), 3);
+}
+
 // Keys whose hash is the mask value have their home in slot 0; runs that start
 // near the end continue at slot 0.
 TEST(IdDictionary, WrapAroundInFindInsertDelete) {
@@ -662,7 +677,7 @@ TEST(DictionaryDifferential, StringDictionaryMatchesUnorderedMap) {
 TEST(ThreadObjectDictionary, ReadersWhileOneWriterChangesTheTable) {
   TCounted::Alive = 0;
   {
-    THtThreadObjectDictionary d(0, true, &THtObjectDictionaryOf<TCounted, &TCounted::Name>::KeyOfValue);
+    THtThreadObjectDictionary d(0, true, &HtObjectKey<TCounted, &TCounted::Name>);
     std::vector<hstring> stable;
     for (int i = 0; i < 200; ++i) {
       stable.push_back(hstring::FromUtf8("stable" + std::to_string(i)));

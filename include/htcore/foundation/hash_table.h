@@ -115,6 +115,8 @@ protected:
         return static_cast<int>(i);
     }
   }
+  // The distance test comes first: with one empty slot left, a probe for a
+  // key equal to that slot's index would otherwise match it after a full turn.
   int ProbeId(uint32_t AId) const noexcept {
     return Probe(AId, [](const Slot&) { return true; });
   }

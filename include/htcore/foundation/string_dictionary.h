@@ -1,24 +1,26 @@
 // Dictionaries keyed by an hstring that lives inside the value.
 //
-// The key is not stored: a slot holds the hash and the value pointer, and the
-// key is read out of the value, through a byte offset given at construction or
-// through a typed accessor. The typed wrappers are the pleasant way:
+// Keys are not stored: a slot holds the hash and the value pointer, and the key
+// is read out of the value, through a typed accessor (the wrappers below) or a
+// byte offset given at construction. A registry derives from a wrapper:
 //
 //   struct TTag : ht::TObject { ht::hstring Name; int Id = 0; };
-//   ht::THtObjectDictionaryOf<TTag, &TTag::Name> tags(255);    // owning
-//   tags.AddObject(new TTag{{}, u"div"_hs, 1});
-//   TTag* t = tags.Get(src + pos, len);       // a slice of the source, no hstring made
-//   uint32_t h = tags.HashOf(p, n); int s = tags.FindHashed(h, p, n);  // hash once
+//   struct TTags : ht::THtObjectDictionaryOf<TTag, &TTag::Name> {
+//     TTags() : THtObjectDictionaryOf(255) {}     // owning, room for 255
+//   } tags;
+//   auto* t = new TTag; t->Name = u"div"_hs; tags.AddObject(t);
+//   TTag* hit = tags.Get(src + pos, len);     // a slice of the source: no hstring, no allocation
 //
-// The untyped classes take a byte offset from the value pointer to the key;
-// measure it on a live object with HtClassFieldOffset (offsetof is not
-// portable for classes with virtual functions). THtObjectDictionary values are
-// TObject*, so the offset counts from the TObject subobject; THtPointerDictionary
-// values are bare record pointers.
+// The untyped forms take the byte offset of the key from the value pointer;
+// measure it on a live object with HtClassFieldOffset rather than offsetof,
+// which classes with virtual functions do not portably allow. Offsets of
+// THtObjectDictionary count from the TObject subobject. HashOf, FindHashed and
+// AddHashed let a caller hash once for a find followed by an add.
 //
 // Add, Put and AddHashed are one operation here: an existing key gets the new
 // value (an owning dictionary deletes a different, non-null old one) and the
-// slot is returned. THtThreadObjectDictionary adds a readers-writer lock.
+// slot is returned. Values are never null. THtThreadObjectDictionary adds a
+// readers-writer lock.
 #pragma once
 
 #include "htcore/foundation/hash.h"
@@ -46,6 +48,15 @@ inline std::ptrdiff_t HtClassFieldOffset(const void* Object, const void* Field) 
   return static_cast<const char*>(Field) - static_cast<const char*>(Object);
 }
 
+// Key accessors for the constructors that take one: an hstring member of a
+// TObject class, or of a plain record.
+template <class T, auto KeyField> const hstring& HtObjectKey(const void* Value) noexcept {
+  return static_cast<const T*>(static_cast<const TObject*>(Value))->*KeyField;
+}
+template <class Rec, auto KeyField> const hstring& HtRecordKey(const void* Value) noexcept {
+  return static_cast<const Rec*>(Value)->*KeyField;
+}
+
 namespace detail {
 
 // How a string-keyed dictionary finds the key inside a value.
@@ -53,6 +64,16 @@ struct THtKeyAccess {
   THtHashFunc HashFunc;
   std::ptrdiff_t Offset;
   THtKeyAccessor Accessor; // null: read at Offset
+  bool InlineSha;          // HashFunc is the default: computed inline, unrolled
+
+  // A null AHashFunc selects ADefault.
+  static THtKeyAccess Make(THtHashFunc AHashFunc, THtHashFunc ADefault, std::ptrdiff_t AOffset,
+                           THtKeyAccessor AAccessor) noexcept {
+    return THtKeyAccess{AHashFunc ? AHashFunc : ADefault, AOffset, AAccessor, AHashFunc == nullptr};
+  }
+  uint32_t Hash(const char16_t* p, int Len) const {
+    return InlineSha ? ShaPerfectHashAsm(p, Len) : HashFunc(p, Len);
+  }
 
   const hstring& Of(const void* Value) const noexcept {
     if (Accessor)
@@ -61,16 +82,30 @@ struct THtKeyAccess {
   }
 };
 
+// Keys are short: eight bytes at a time inline beats a call to memcmp.
+inline bool HtSameUnits(const char16_t* a, const char16_t* b, size_t n) noexcept {
+  for (; n >= 4; n -= 4, a += 4, b += 4) {
+    uint64_t x, y;
+    std::memcpy(&x, a, sizeof x);
+    std::memcpy(&y, b, sizeof y);
+    if (x != y)
+      return false;
+  }
+  for (; n > 0; --n)
+    if (*a++ != *b++)
+      return false;
+  return true;
+}
+
 inline bool HtKeyEquals(const hstring& Stored, const char16_t* p, int Len) noexcept {
-  return Stored.Length() == Len &&
-         (Len == 0 || std::memcmp(Stored.Pointer(), p, static_cast<size_t>(Len) * sizeof(char16_t)) == 0);
+  return Stored.Length() == Len && HtSameUnits(Stored.c_str(), p, static_cast<size_t>(Len));
 }
 
 inline bool HtKeyEquals(const hstring& Stored, const hstring& Key) noexcept {
   if (Stored.Pointer() == Key.Pointer())
     return true;
   const size_t n = Stored.size();
-  return n == Key.size() && n != 0 && std::memcmp(Stored.Pointer(), Key.Pointer(), n * sizeof(char16_t)) == 0;
+  return n == Key.size() && HtSameUnits(Stored.c_str(), Key.c_str(), n);
 }
 
 } // namespace detail
@@ -98,8 +133,8 @@ public:
   using THtIdObjectDictionary::Traverse;
 
   THtHashFunc HashFunc() const noexcept { return FKey.HashFunc; }
-  uint32_t HashOf(const hstring& Key) const { return FKey.HashFunc(Key.c_str(), Key.Length()); }
-  uint32_t HashOf(const char16_t* p, int Len) const { return FKey.HashFunc(p, Len); }
+  uint32_t HashOf(const hstring& Key) const { return FKey.Hash(Key.c_str(), Key.Length()); }
+  uint32_t HashOf(const char16_t* p, int Len) const { return FKey.Hash(p, Len); }
   const hstring& KeyOf(const TObject* Value) const noexcept { return FKey.Of(Value); }
 
   // Slot of the key, or the complement of the slot where it would go.
@@ -171,8 +206,8 @@ public:
   using THtIdPointerDictionary::Traverse;
 
   THtHashFunc HashFunc() const noexcept { return FKey.HashFunc; }
-  uint32_t HashOf(const hstring& Key) const { return FKey.HashFunc(Key.c_str(), Key.Length()); }
-  uint32_t HashOf(const char16_t* p, int Len) const { return FKey.HashFunc(p, Len); }
+  uint32_t HashOf(const hstring& Key) const { return FKey.Hash(Key.c_str(), Key.Length()); }
+  uint32_t HashOf(const char16_t* p, int Len) const { return FKey.Hash(p, Len); }
   const hstring& KeyOf(const void* Value) const noexcept { return FKey.Of(Value); }
 
   int FindHashed(uint32_t Hash, const hstring& Key) const {
@@ -238,9 +273,7 @@ public:
   explicit THtObjectDictionaryOf(int ACapacity = 0, bool AOwnsObjects = true, THtHashFunc AHashFunc = nullptr)
       : THtObjectDictionary(ACapacity, AOwnsObjects, &KeyOfValue, AHashFunc) {}
 
-  static const hstring& KeyOfValue(const void* Value) noexcept {
-    return static_cast<const T*>(static_cast<const TObject*>(Value))->*KeyField;
-  }
+  static const hstring& KeyOfValue(const void* Value) noexcept { return HtObjectKey<T, KeyField>(Value); }
 
   int FindHashed(uint32_t Hash, const char16_t* p, int Len) const {
     return Probe(
@@ -286,9 +319,7 @@ public:
   explicit THtPointerDictionaryOf(int ACapacity = 0, THtHashFunc AHashFunc = nullptr)
       : THtPointerDictionary(ACapacity, &KeyOfValue, AHashFunc) {}
 
-  static const hstring& KeyOfValue(const void* Value) noexcept {
-    return static_cast<const Rec*>(Value)->*KeyField;
-  }
+  static const hstring& KeyOfValue(const void* Value) noexcept { return HtRecordKey<Rec, KeyField>(Value); }
 
   int FindHashed(uint32_t Hash, const char16_t* p, int Len) const {
     return Probe(
