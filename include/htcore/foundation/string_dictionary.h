@@ -263,7 +263,7 @@ concept HtHStringKeyOf = requires(const T& t) {
 };
 } // namespace detail
 
-// THtObjectDictionary of T (a TObject) keyed by the hstring member Key, with
+// THtObjectDictionary of T (a TObject) keyed by its hstring member KeyField, with
 // typed results and a probe that reads the key with no indirect call.
 // KeyField may be a member of a base class of T.
 template <class T, auto KeyField>
