@@ -230,7 +230,7 @@ TEST(IdDictionary, IdsEqualToSlotNumbers) {
 // slot for a match.
 TEST(IdDictionary, ProbeEndsAtTheLastEmptySlot) {
   THtIdPointerDictionary d(0);
-  for (uint32_t k : {64u, 32u, 104u})  // all at home 1: slots 1, 2, 3
+  for (uint32_t k : {64u, 32u, 104u}) // all at home 1: slots 1, 2, 3
     d.Add(k, Ptr(k));
   ASSERT_TRUE(d.IsEmptySlot(0));
   EXPECT_EQ(d.Get(0), nullptr);

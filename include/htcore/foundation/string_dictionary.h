@@ -311,7 +311,7 @@ private:
   T* At(int i) const noexcept { return i >= 0 ? Cast(ValueAt(i)) : nullptr; }
 };
 
-// THtPointerDictionary of records Rec keyed by the hstring member Key.
+// THtPointerDictionary of records Rec keyed by their hstring member KeyField.
 template <class Rec, auto KeyField>
 requires detail::HtHStringKeyOf<Rec, KeyField>
 class THtPointerDictionaryOf : public THtPointerDictionary {
