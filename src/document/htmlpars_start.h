@@ -6,6 +6,7 @@ namespace ht::detail {
 void LowerColorNames();
 void BuildEntityDictionaries();
 void BuildColorDictionary();
+void BuildJSONCharClasses();
 
 void FreeEntityTables();
 void FreeColorTables();

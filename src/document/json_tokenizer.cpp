@@ -1,0 +1,289 @@
+// JSON tokens: character classes, strings with escapes, identifiers, numbers.
+#include "htcore/document/json_parser.h"
+
+#include "document/htmlpars_start.h"
+#include "htcore/foundation/startup.h"
+
+#include <cstdint>
+#include <string>
+
+namespace ht {
+
+namespace {
+
+enum TJSONCharClass : uint8_t {
+  ccOther,  // read like an identifier, as jtUnknown
+  ccIdent,
+  ccString,
+  ccSpace,
+  ccComma,
+  ccObjectStart,
+  ccObjectEnd,
+  ccArrayStart,
+  ccArrayEnd,
+  ccColon,
+  ccNumber,
+};
+
+uint8_t g_json_classes[256];
+
+inline TJSONCharClass class_of(char16_t c) {
+  return c < 256 ? static_cast<TJSONCharClass>(g_json_classes[c]) : ccOther;
+}
+
+// Units that continue an identifier (and an unknown token).
+inline bool is_ident_unit(char16_t c) {
+  return c >= 256 || (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') ||
+         c == u'_' || c == u'-';
+}
+
+inline int hex_value(char16_t c) {
+  if (c >= u'0' && c <= u'9')
+    return c - u'0';
+  if ((c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F'))
+    return (c | 0x20) - u'a' + 10;
+  return -1;
+}
+
+[[noreturn]] void raise(std::string_view message) { throw EHtParserError(message); }
+
+}  // namespace
+
+namespace detail {
+
+void BuildJSONCharClasses() {
+  for (auto& c : g_json_classes)
+    c = ccOther;
+  for (int c = 'a'; c <= 'z'; ++c)
+    g_json_classes[c] = g_json_classes[c - 32] = ccIdent;
+  g_json_classes['_'] = ccIdent;
+  g_json_classes['"'] = g_json_classes['\''] = ccString;
+  g_json_classes['\t'] = g_json_classes['\n'] = g_json_classes['\r'] = g_json_classes[' '] = ccSpace;
+  g_json_classes[','] = ccComma;
+  g_json_classes['{'] = ccObjectStart;
+  g_json_classes['}'] = ccObjectEnd;
+  g_json_classes['['] = ccArrayStart;
+  g_json_classes[']'] = ccArrayEnd;
+  g_json_classes[':'] = ccColon;
+  g_json_classes['-'] = g_json_classes['.'] = ccNumber;
+  for (int c = '0'; c <= '9'; ++c)
+    g_json_classes[c] = ccNumber;
+}
+
+}  // namespace detail
+
+THtJSONTokenizer::THtJSONTokenizer(const hstring& s) {
+  EnsureStarted();
+  Parser.Init(s);
+  Parser.RaiseException = true;
+  Parser.SkipBlanks();
+}
+
+bool THtJSONTokenizer::NextToken() {
+  const char16_t* b = Parser.p;
+  if (b >= Parser.pend) {
+    Eof = true;
+    TokenType = jtUnknown;
+    Token.clear();
+    SetToken(b);
+    return false;
+  }
+  switch (class_of(*b)) {
+  case ccIdent:
+    ReadIdent();
+    return true;
+  case ccString:
+    ReadString();
+    return true;
+  case ccSpace:
+    do
+      ++Parser.p;
+    while (Parser.p < Parser.pend && class_of(*Parser.p) == ccSpace);
+    TokenType = jtSpace;
+    Token.clear();
+    SetToken(b);
+    return true;
+  case ccComma:
+    Next2(jtComma);
+    return true;
+  case ccObjectStart:
+    Next2(jtObjectStart);
+    return true;
+  case ccObjectEnd:
+    Next2(jtObjectEnd);
+    return true;
+  case ccArrayStart:
+    Next2(jtArrayStart);
+    return true;
+  case ccArrayEnd:
+    Next2(jtArrayEnd);
+    return true;
+  case ccColon:
+    Next2(jtColon);
+    return true;
+  case ccNumber:
+    TokenType = Parser.ReadIntOrFloat(IntValue, ExtValue) ? jtInt : jtFloat;
+    Token = hstring(b, static_cast<size_t>(Parser.p - b));
+    SetToken(b);
+    return true;
+  case ccOther:
+    break;
+  }
+  ReadIdent();
+  TokenType = jtUnknown;
+  return true;
+}
+
+bool THtJSONTokenizer::NextNSToken() {
+  while (NextToken())
+    if (TokenType != jtSpace)
+      return true;
+  return false;
+}
+
+void THtJSONTokenizer::NextRequiredToken() {
+  if (!NextNSToken())
+    raise("Token expected");
+}
+
+void THtJSONTokenizer::Next2(THtJSONTokenType AType) {
+  TokenType = AType;
+  Token.clear();
+  const char16_t* b = Parser.p;
+  Parser.Next();
+  SetToken(b);
+}
+
+bool THtJSONTokenizer::ReadComment() {
+  const char16_t* q = Parser.p;
+  if (TokenType == jtUnknown && !Eof && TokenEnd > TokenStart && Parser.Start()[TokenStart] == u'/')
+    q = Parser.Start() + TokenStart;
+  if (Parser.pend - q < 2 || q[0] != u'/' || q[1] != u'/')
+    return false;
+  const char16_t* b = q;
+  // Only CR ends a comment; an LF alone stays inside it.
+  while (q < Parser.pend && *q != u'\r')
+    ++q;
+  Token = hstring(b, static_cast<size_t>(q - b));
+  while (q < Parser.pend && (*q == u'\r' || *q == u'\n'))
+    ++q;
+  Parser.p = q;
+  TokenType = jtComment;
+  SetToken(b);
+  return true;
+}
+
+void THtJSONTokenizer::ReadIdent() {
+  const char16_t* b = Parser.p;
+  const char16_t* q = b + 1;
+  while (q < Parser.pend && is_ident_unit(*q))
+    ++q;
+  Parser.p = q;
+  size_t n = static_cast<size_t>(q - b);
+  Token = hstring(b, n);
+  SetToken(b);
+  std::u16string_view v(b, n);
+  TokenType = v == u"true" || v == u"false" || v == u"null" ? jtValue : jtIdent;
+}
+
+void THtJSONTokenizer::ReadString() {
+  const char16_t* b = Parser.p;
+  const char16_t* end = Parser.pend;
+  const char16_t quote = *b;
+  const char16_t* q = b + 1;
+  const char16_t* seg = q;  // start of the text since the last escape
+  bool escaped = false;
+  for (;;) {
+    if (q >= end)
+      raise("Unterminated string");
+    char16_t c = *q;
+    if (c == quote)
+      break;
+    if (c < 0x20) {
+      std::string msg = "Unescaped control symbol #" + std::to_string(c) + " in " +
+                        HStringToUtf8(std::u16string_view(b, static_cast<size_t>(q - b)));
+      raise(msg);
+    }
+    if (c != u'\\') {
+      ++q;
+      continue;
+    }
+    if (!escaped) {
+      FBuffer.clear();
+      escaped = true;
+    }
+    FBuffer.append(seg, q);
+    ++q;
+    Escape(q);
+    seg = q;
+  }
+  if (escaped) {
+    FBuffer.append(seg, q);
+    Token = hstring(FBuffer.data(), FBuffer.size());
+  } else {
+    Token = hstring(b + 1, static_cast<size_t>(q - b - 1));
+  }
+  Parser.p = q + 1;
+  TokenType = jtString;
+  SetToken(b);
+}
+
+// q stands behind the backslash; it is left behind the escape.
+void THtJSONTokenizer::Escape(const char16_t*& q) {
+  if (q >= Parser.pend)
+    raise("Unterminated string");
+  char16_t c = *q;
+  switch (c) {
+  case u'"':
+  case u'\\':
+  case u'/':
+    break;
+  case u'b':
+    c = 8;
+    break;
+  case u'f':
+    c = 12;
+    break;
+  case u'n':
+    c = 10;
+    break;
+  case u'r':
+    c = 13;
+    break;
+  case u't':
+    c = 9;
+    break;
+  case u'u': {
+    unsigned v = 0;
+    for (int i = 1; i <= 4; ++i) {
+      int d = hex_value(q[i]);  // stops at the NUL behind the text
+      if (d < 0)
+        EscapeError(q);
+      v = v << 4 | static_cast<unsigned>(d);
+    }
+    q += 4;
+    c = static_cast<char16_t>(v);
+    break;
+  }
+  case u'x': {
+    if (Parser.pend - q < 3)
+      raise("Unterminated string");
+    // Deliberately unchecked: a unit that is no hex digit gives its low bits.
+    auto nibble = [](char16_t u) { return static_cast<unsigned>(hex_value(u) >= 0 ? hex_value(u) : u & 15); };
+    c = static_cast<char16_t>(nibble(q[1]) << 4 | nibble(q[2]));
+    q += 2;
+    break;
+  }
+  default:
+    EscapeError(q);
+  }
+  FBuffer.push_back(c);
+  ++q;
+}
+
+void THtJSONTokenizer::EscapeError(const char16_t* q) {
+  Parser.p = q;
+  raise("Incorrect unicode escape at line " + std::to_string(Line()));
+}
+
+}  // namespace ht
