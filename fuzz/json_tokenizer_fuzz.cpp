@@ -1,11 +1,11 @@
 // Arbitrary text into the JSON tokenizer and the name/value reader: only the
 // documented parse errors may come out, tokens tile the text without gaps or
 // overlaps, and tokens other than strings keep their source text.
+#include "htcore/document/json_parser.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
-
-#include "htcore/document/json_parser.h"
 
 namespace {
 
@@ -71,7 +71,7 @@ void check_pairs(const ht::hstring& text) {
   }
 }
 
-}  // namespace
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string_view bytes(reinterpret_cast<const char*>(data), size);

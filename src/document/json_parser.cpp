@@ -40,4 +40,4 @@ THtJSONTokenType THtJSONParser::NextNameValue() {
   }
 }
 
-}  // namespace ht
+} // namespace ht

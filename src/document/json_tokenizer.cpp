@@ -1,7 +1,6 @@
 // JSON tokens: character classes, strings with escapes, identifiers, numbers.
-#include "htcore/document/json_parser.h"
-
 #include "document/htmlpars_start.h"
+#include "htcore/document/json_parser.h"
 #include "htcore/foundation/startup.h"
 
 #include <cstdint>
@@ -12,7 +11,7 @@ namespace ht {
 namespace {
 
 enum TJSONCharClass : uint8_t {
-  ccOther,  // read like an identifier, as jtUnknown
+  ccOther, // read like an identifier, as jtUnknown
   ccIdent,
   ccString,
   ccSpace,
@@ -47,7 +46,7 @@ inline int hex_value(char16_t c) {
 
 [[noreturn]] void raise(std::string_view message) { throw EHtParserError(message); }
 
-}  // namespace
+} // namespace
 
 namespace detail {
 
@@ -70,7 +69,7 @@ void BuildJSONCharClasses() {
     g_json_classes[c] = ccNumber;
 }
 
-}  // namespace detail
+} // namespace detail
 
 THtJSONTokenizer::THtJSONTokenizer(const hstring& s) {
   EnsureStarted();
@@ -191,7 +190,7 @@ void THtJSONTokenizer::ReadString() {
   const char16_t* end = Parser.pend;
   const char16_t quote = *b;
   const char16_t* q = b + 1;
-  const char16_t* seg = q;  // start of the text since the last escape
+  const char16_t* seg = q; // start of the text since the last escape
   bool escaped = false;
   for (;;) {
     if (q >= end)
@@ -256,7 +255,7 @@ void THtJSONTokenizer::Escape(const char16_t*& q) {
   case u'u': {
     unsigned v = 0;
     for (int i = 1; i <= 4; ++i) {
-      int d = hex_value(q[i]);  // stops at the NUL behind the text
+      int d = hex_value(q[i]); // stops at the NUL behind the text
       if (d < 0)
         EscapeError(q);
       v = v << 4 | static_cast<unsigned>(d);
@@ -286,4 +285,4 @@ void THtJSONTokenizer::EscapeError(const char16_t* q) {
   raise("Incorrect unicode escape at line " + std::to_string(Line()));
 }
 
-}  // namespace ht
+} // namespace ht

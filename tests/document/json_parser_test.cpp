@@ -18,20 +18,48 @@ std::string tokens(const hstring& s) {
     if (!out.empty())
       out += ' ';
     switch (t.TokenType) {
-    case jtSpace: out += "_"; continue;
-    case jtComma: out += ","; continue;
-    case jtColon: out += ":"; continue;
-    case jtObjectStart: out += "{"; continue;
-    case jtObjectEnd: out += "}"; continue;
-    case jtArrayStart: out += "["; continue;
-    case jtArrayEnd: out += "]"; continue;
-    case jtIdent: out += "id:"; break;
-    case jtString: out += "s:"; break;
-    case jtValue: out += "v:"; break;
-    case jtInt: out += "i:"; break;
-    case jtFloat: out += "f:"; break;
-    case jtUnknown: out += "?:"; break;
-    case jtComment: out += "c:"; break;
+    case jtSpace:
+      out += "_";
+      continue;
+    case jtComma:
+      out += ",";
+      continue;
+    case jtColon:
+      out += ":";
+      continue;
+    case jtObjectStart:
+      out += "{";
+      continue;
+    case jtObjectEnd:
+      out += "}";
+      continue;
+    case jtArrayStart:
+      out += "[";
+      continue;
+    case jtArrayEnd:
+      out += "]";
+      continue;
+    case jtIdent:
+      out += "id:";
+      break;
+    case jtString:
+      out += "s:";
+      break;
+    case jtValue:
+      out += "v:";
+      break;
+    case jtInt:
+      out += "i:";
+      break;
+    case jtFloat:
+      out += "f:";
+      break;
+    case jtUnknown:
+      out += "?:";
+      break;
+    case jtComment:
+      out += "c:";
+      break;
     }
     out += t.Token.toUtf8();
   }
@@ -56,7 +84,7 @@ hstring string_token(const hstring& s) {
   return t.Token;
 }
 
-}  // namespace
+} // namespace
 
 TEST(JSONTokenizer, TokenStreams) {
   struct {
@@ -64,7 +92,7 @@ TEST(JSONTokenizer, TokenStreams) {
     const char* out;
   } cases[] = {
       {u"", ""},
-      {u"   \r\n\t ", ""},  // leading blanks go with the constructor
+      {u"   \r\n\t ", ""}, // leading blanks go with the constructor
       {u"{\"a\":1}", "{ s:a : i:1 }"},
       {u"{'a': 1}", "{ s:a : _ i:1 }"},
       {u"{a: 1}", "{ id:a : _ i:1 }"},
@@ -74,13 +102,14 @@ TEST(JSONTokenizer, TokenStreams) {
       {u"a-b_c9 _x", "id:a-b_c9 _ id:_x"},
       {u"'say \"hi\"' \"it's\"", "s:say \"hi\" _ s:it's"},
       {u"\"\" ''", "s: _ s:"},
-      {u"/ //x", "?:/ _ ?:/ ?:/x"},  // an unknown unit goes on like an identifier
+      {u"/ //x", "?:/ _ ?:/ ?:/x"}, // an unknown unit goes on like an identifier
       {u"@foo+1-2", "?:@foo ?:+1-2"},
-      {u"\u00e9t\u00e9 \u4e2d\u6587", "?:\u00e9t ?:\u00e9 _ ?:\u4e2d\u6587"},  // Latin-1 letters are no identifier units
+      {u"\u00e9t\u00e9 \u4e2d\u6587",
+       "?:\u00e9t ?:\u00e9 _ ?:\u4e2d\u6587"}, // Latin-1 letters are no identifier units
       {u"x\u4e2d\u6587", "id:x\u4e2d\u6587"},  // but units from 256 up continue one
       {u"1e3 -0 0.5E-2", "f:1e3 _ i:-0 _ f:0.5E-2"},
-      {u"\f{}", "{ }"},  // the constructor skips all blanks up to U+0020
-      {u"{}\f", "{ } ?:\f"},  // later, only TAB, LF, CR and space are space
+      {u"\f{}", "{ }"},      // the constructor skips all blanks up to U+0020
+      {u"{}\f", "{ } ?:\f"}, // later, only TAB, LF, CR and space are space
   };
   for (auto& c : cases)
     EXPECT_EQ(tokens(c.in), c.out) << hstring(c.in).toUtf8();
@@ -101,7 +130,7 @@ TEST(JSONTokenizer, ErrorMessages) {
       {u"\"\\u004\"", "Incorrect unicode escape at line 0"},
       {u"\"\\u\"", "Incorrect unicode escape at line 0"},
       {u"\n\n\"\\q\"", "Incorrect unicode escape at line 2"},
-      {u"'\\''", "Incorrect unicode escape at line 0"},  // no quote escape for single quotes
+      {u"'\\''", "Incorrect unicode escape at line 0"}, // no quote escape for single quotes
       {u"\"\\U0041\"", "Incorrect unicode escape at line 0"},
       {u"01", "Incorrect number"},
       {u"-", "Incorrect number"},
@@ -145,7 +174,7 @@ TEST(JSONTokenizer, IntegersAndFloats) {
   for (auto& c : cases) {
     THtJSONTokenizer t(c.in);
     ASSERT_TRUE(t.NextToken());
-    EXPECT_EQ(t.Token, c.in);  // numbers keep their source text
+    EXPECT_EQ(t.Token, c.in); // numbers keep their source text
     if (c.is_int) {
       EXPECT_EQ(t.TokenType, jtInt) << hstring(c.in).toUtf8();
       EXPECT_EQ(t.IntValue, c.i) << hstring(c.in).toUtf8();
@@ -164,14 +193,14 @@ TEST(JSONTokenizer, Escapes) {
   } cases[] = {
       {u"\"\\u0041\"", u"A"},
       {u"\"\\u00e9\\u00C9\"", u"\u00e9\u00c9"},
-      {u"\"\\ud83d\\ude00\"", u"\U0001F600"},  // halves combine into one pair
-      {u"\"\\ud83d\"", std::u16string(1, char16_t(0xD83D))},  // a lone half stays as it is
+      {u"\"\\ud83d\\ude00\"", u"\U0001F600"},                // halves combine into one pair
+      {u"\"\\ud83d\"", std::u16string(1, char16_t(0xD83D))}, // a lone half stays as it is
       {u"\"\\\"\\\\\\/\"", u"\"\\/"},
       {u"\"\\b\\f\\n\\r\\t\"", u"\b\f\n\r\t"},
       {u"'\\\"'", u"\""},
       {u"\"\\x41\\x7a\"", u"Az"},
-      {u"\"\\xg1\"", std::u16string(1, char16_t(0x71))},  // not validated: 'g' gives its low bits
-      {u"\"a\\nb\\tc d\"", u"a\nb\tc d"},  // text between escapes is kept
+      {u"\"\\xg1\"", std::u16string(1, char16_t(0x71))}, // not validated: 'g' gives its low bits
+      {u"\"a\\nb\\tc d\"", u"a\nb\tc d"},                // text between escapes is kept
       {u"\"\\u0000\"", std::u16string(1, u'\0')},
       {u"\"plain \u4e2d\"", u"plain \u4e2d"},
   };
@@ -184,7 +213,8 @@ TEST(JSONTokenizer, PositionsAndRequiredTokens) {
   struct {
     THtJSONTokenType type;
     int start, end;
-  } expected[] = {{jtObjectStart, 2, 3}, {jtString, 3, 7}, {jtColon, 8, 9}, {jtInt, 10, 12}, {jtObjectEnd, 12, 13}};
+  } expected[] = {
+      {jtObjectStart, 2, 3}, {jtString, 3, 7}, {jtColon, 8, 9}, {jtInt, 10, 12}, {jtObjectEnd, 12, 13}};
   for (auto& e : expected) {
     t.NextRequiredToken();
     EXPECT_EQ(t.TokenType, e.type);
@@ -210,10 +240,10 @@ TEST(JSONTokenizer, CommentsOnlyWhenAsked) {
   ASSERT_TRUE(t.ReadComment());
   EXPECT_EQ(t.TokenType, jtComment);
   EXPECT_EQ(t.Token.toUtf8(), "// note");
-  ASSERT_TRUE(t.NextToken());  // CR LF went with the comment
+  ASSERT_TRUE(t.NextToken()); // CR LF went with the comment
   EXPECT_EQ(t.TokenType, jtInt);
   ASSERT_TRUE(t.NextToken());
-  EXPECT_TRUE(t.ReadComment());  // from the cursor, on a space token
+  EXPECT_TRUE(t.ReadComment()); // from the cursor, on a space token
   EXPECT_EQ(t.Token.toUtf8(), "// last");
   EXPECT_FALSE(t.NextToken());
   EXPECT_FALSE(t.ReadComment());
@@ -238,14 +268,10 @@ TEST(JSONParser, NameValuePairs) {
     const char* name;
     const char* value;
   } cases[] = {
-      {u"a:1", jtInt, "a", "1"},
-      {u"'a' : 1.5", jtFloat, "a", "1.5"},
-      {u"\"k\":\"v\"", jtIdent, "k", "v"},
-      {u"k:true", jtIdent, "k", "true"},
-      {u"k:null", jtIdent, "k", "null"},
-      {u"k:bare", jtIdent, "k", "bare"},
-      {u"k : {", jtObjectStart, "k", ""},
-      {u"k\n:\n[", jtArrayStart, "k", ""},
+      {u"a:1", jtInt, "a", "1"},           {u"'a' : 1.5", jtFloat, "a", "1.5"},
+      {u"\"k\":\"v\"", jtIdent, "k", "v"}, {u"k:true", jtIdent, "k", "true"},
+      {u"k:null", jtIdent, "k", "null"},   {u"k:bare", jtIdent, "k", "bare"},
+      {u"k : {", jtObjectStart, "k", ""},  {u"k\n:\n[", jtArrayStart, "k", ""},
       {u"\"\":1", jtInt, "", "1"},
   };
   for (auto& c : cases) {
@@ -262,20 +288,11 @@ TEST(JSONParser, NameValueErrors) {
     const char16_t* in;
     const char* msg;
   } cases[] = {
-      {u"1:2", "Name expected"},
-      {u"{", "Name expected"},
-      {u"a", "Name expected"},
-      {u"a 1", "Name expected"},
-      {u"a = 1", "Name expected"},
-      {u"a:", "Value expected"},
-      {u"a:  ", "Value expected"},
-      {u"a:,", "Value expected"},
-      {u"a:}", "Value expected"},
-      {u"a:]", "Value expected"},
-      {u"a::", "Value expected"},
-      {u"a:/", "Value expected"},
-      {u"a:01", "Incorrect number"},
-      {u"a:'x", "Unterminated string"},
+      {u"1:2", "Name expected"},     {u"{", "Name expected"},          {u"a", "Name expected"},
+      {u"a 1", "Name expected"},     {u"a = 1", "Name expected"},      {u"a:", "Value expected"},
+      {u"a:  ", "Value expected"},   {u"a:,", "Value expected"},       {u"a:}", "Value expected"},
+      {u"a:]", "Value expected"},    {u"a::", "Value expected"},       {u"a:/", "Value expected"},
+      {u"a:01", "Incorrect number"}, {u"a:'x", "Unterminated string"},
   };
   for (auto& c : cases) {
     THtJSONParser jp(c.in);
@@ -296,10 +313,10 @@ TEST(JSONParser, NamesAreInternedPerParse) {
   t.NextNSToken();
   jp.NextNameValue();
   const char16_t* first = jp.Name.Pointer();
-  t.NextNSToken();  // ,
+  t.NextNSToken(); // ,
   t.NextNSToken();
   jp.NextNameValue();
-  EXPECT_EQ(jp.Name.Pointer(), first);  // the same text, shared
+  EXPECT_EQ(jp.Name.Pointer(), first); // the same text, shared
   EXPECT_NE(t.Token.Pointer(), first);
   t.NextNSToken();
   t.NextNSToken();

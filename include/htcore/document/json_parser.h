@@ -44,13 +44,13 @@ public:
   THtJSONTokenizer(const THtJSONTokenizer&) = delete;
   THtJSONTokenizer& operator=(const THtJSONTokenizer&) = delete;
 
-  TStringParser Parser;  // RaiseException is set
+  TStringParser Parser; // RaiseException is set
   THtJSONTokenType TokenType = jtUnknown;
-  hstring Token;  // strings decoded, numbers and the rest as written
+  hstring Token; // strings decoded, numbers and the rest as written
   int64_t IntValue = 0;
   double ExtValue = 0;
-  int TokenStart = 0;  // first unit of the token
-  int TokenEnd = 0;    // behind its last unit
+  int TokenStart = 0; // first unit of the token
+  int TokenEnd = 0;   // behind its last unit
   bool Eof = false;
 
   // False at the end of the text, which sets Eof.
@@ -80,7 +80,7 @@ private:
     TokenEnd = static_cast<int>(Parser.p - Parser.Start());
   }
 
-  std::u16string FBuffer;  // decoded text of strings with escapes
+  std::u16string FBuffer; // decoded text of strings with escapes
 };
 
 class THtJSONParser {
@@ -88,10 +88,10 @@ public:
   // An empty text leaves Tokenizer null.
   explicit THtJSONParser(const hstring& s);
 
-  THtStringList Names;  // interned names of this parse
-  hstring Name;         // name of the last pair
+  THtStringList Names; // interned names of this parse
+  hstring Name;        // name of the last pair
   std::unique_ptr<THtJSONTokenizer> Tokenizer;
-  int Depth = 0;  // nesting counter of the tree builder
+  int Depth = 0; // nesting counter of the tree builder
 
   // With the current token on a name: reads `name : value`, leaving the value
   // as the current token. Returns jtIdent for identifiers, strings and
@@ -102,4 +102,4 @@ public:
   hstring Intern(const hstring& AName);
 };
 
-}  // namespace ht
+} // namespace ht
