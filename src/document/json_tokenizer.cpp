@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace ht {
 
@@ -51,22 +52,22 @@ inline int hex_value(char16_t c) {
 namespace detail {
 
 void BuildJSONCharClasses() {
+  auto set = [](std::string_view units, TJSONCharClass cls) {
+    for (char c : units)
+      g_json_classes[static_cast<unsigned char>(c)] = cls;
+  };
   for (auto& c : g_json_classes)
     c = ccOther;
-  for (int c = 'a'; c <= 'z'; ++c)
-    g_json_classes[c] = g_json_classes[c - 32] = ccIdent;
-  g_json_classes['_'] = ccIdent;
-  g_json_classes['"'] = g_json_classes['\''] = ccString;
-  g_json_classes['\t'] = g_json_classes['\n'] = g_json_classes['\r'] = g_json_classes[' '] = ccSpace;
-  g_json_classes[','] = ccComma;
-  g_json_classes['{'] = ccObjectStart;
-  g_json_classes['}'] = ccObjectEnd;
-  g_json_classes['['] = ccArrayStart;
-  g_json_classes[']'] = ccArrayEnd;
-  g_json_classes[':'] = ccColon;
-  g_json_classes['-'] = g_json_classes['.'] = ccNumber;
-  for (int c = '0'; c <= '9'; ++c)
-    g_json_classes[c] = ccNumber;
+  set("_abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ", ccIdent);
+  set("\"'", ccString);
+  set("\t\n\r ", ccSpace);
+  set(",", ccComma);
+  set("{", ccObjectStart);
+  set("}", ccObjectEnd);
+  set("[", ccArrayStart);
+  set("]", ccArrayEnd);
+  set(":", ccColon);
+  set("-.0123456789", ccNumber);
 }
 
 } // namespace detail
