@@ -11,9 +11,9 @@ void StartHtmlPars() {
   BuildHtmlCharClasses();
   BuildEntityDictionaries();
   BuildColorDictionary();
+  BuildJSONCharClasses();
   // The theme procedure needs no start step: an empty slot means the built-in
   // system colours, and a procedure a host set before start stays in place.
-  BuildJSONCharClasses();
 }
 
 void StopHtmlPars() {
