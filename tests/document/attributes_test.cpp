@@ -1,5 +1,6 @@
 #include "htcore/document/attributes.h"
 #include "htcore/foundation/exception.h"
+#include "htcore/foundation/fast_string.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -141,4 +142,29 @@ TEST(HtAttributes, ManyNamesStaySorted) {
   for (int i = 1; i < a.Count; ++i)
     EXPECT_LT(a.GetName(i - 1).view(), a.GetName(i).view());
   EXPECT_EQ(a.GetAttribute(u"0"_hs), u"0");
+}
+
+TEST(HtAttributes, TextForms) {
+  THtAttributes a;
+  a.Add(u"title"_hs, u"a<b> & \"c\"\u00A0\t"_hs);
+  a.Add(u"checked"_hs, u"checked"_hs);
+  a.Add(u"b"_hs, u"x"_hs);
+  EXPECT_EQ(a.AsString().toUtf8(),
+            "b=\"x\" checked=\"checked\" title=\"a&lt;b&gt; &amp; &quot;c&quot;&nbsp;&#9;\"");
+  TFastString fs(4096);
+  a.FastAsString(fs);
+  EXPECT_EQ(fs.GetAsString().toUtf8(), " b=\"x\" checked title=\"a&lt;b&gt; &amp; &quot;c&quot;&nbsp;&#9;\"");
+  TFastRawString raw(4096);
+  a.FastAsUTF8String(raw);
+  RawByteString bytes;
+  raw.ToString(bytes);
+  EXPECT_EQ(bytes.toUtf8(), " b=\"x\" checked=\"checked\" title=\"a&lt;b&gt; &amp; &quot;c&quot;&nbsp;&#9;\"");
+  // XML sets keep name="name" and write a no-break space by number.
+  THtAttributes x(true);
+  x.Add(u"Sel"_hs, u"Sel"_hs);
+  x.Add(u"v"_hs, u"1\u00A02"_hs);
+  TFastString xs(4096);
+  x.FastAsString(xs);
+  EXPECT_EQ(xs.GetAsString().toUtf8(), " Sel=\"Sel\" v=\"1&#160;2\"");
+  EXPECT_EQ(THtAttributes().AsString(), hstring());
 }

@@ -9,6 +9,7 @@
 //   a.SetAttribute(u"HREF"_hs, u"x.html"_hs);   // stored as "href"
 //   a.GetAttribute(u"href"_hs);                 // "x.html"
 //   for (const ht::THtAttribute& at : a) ...    // in name order
+//   a.AsString();                               // href="x.html"
 #pragma once
 
 #include "htcore/foundation/hstring.h"
@@ -17,6 +18,9 @@
 #include <vector>
 
 namespace ht {
+
+class TFastString;
+class TFastRawString;
 
 struct THtAttribute {
   hstring Name;
@@ -57,6 +61,14 @@ public:
   const hstring& GetValue(int Index) const { return GetItem(Index).Value; }
   void SetValue(int Index, const hstring& Value);
   const THtAttribute& GetItem(int Index) const;
+
+  // name="value" pairs joined by one blank, values encoded for attributes.
+  hstring AsString() const;
+  // Each pair behind a blank. Without CaseSensitive an attribute whose value
+  // equals its name is written bare: checked="checked" becomes checked.
+  void FastAsString(TFastString& FS) const;
+  // As FastAsString in UTF-8, never shortened.
+  void FastAsUTF8String(TFastRawString& FS) const;
 
   const THtAttribute* begin() const { return List.data(); }
   const THtAttribute* end() const { return List.data() + Count; }
