@@ -3,7 +3,10 @@
 // same page in UTF-8: both only cut the text into events, neither builds a tree.
 #include <benchmark/benchmark.h>
 
+#include <cstdio>
+#include <map>
 #include <string>
+#include <vector>
 
 #include "htcore/document/html_parser.h"
 
@@ -81,6 +84,33 @@ void BM_Libxml2HtmlSax(benchmark::State& state) {
 BENCHMARK(BM_Libxml2HtmlSax)->Unit(benchmark::kMillisecond);
 #endif
 
+// Prints the throughput ratio of htcore to the peer measured in this run.
+class TRatioReporter : public benchmark::ConsoleReporter {
+public:
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& r : runs) {
+      auto it = r.counters.find("bytes_per_second");
+      if (it != r.counters.end())
+        FRates[r.benchmark_name()] = it->second;
+    }
+    ConsoleReporter::ReportRuns(runs);
+  }
+  void Finalize() override {
+    ConsoleReporter::Finalize();
+    auto ours = FRates.find("BM_HtcoreItems"), peer = FRates.find("BM_Libxml2HtmlSax");
+    if (ours != FRates.end() && peer != FRates.end() && peer->second > 0)
+      std::printf("htcore / libxml2 HTML SAX throughput: %.2fx\n", ours->second / peer->second);
+  }
+
+private:
+  std::map<std::string, double> FRates;
+};
+
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  TRatioReporter reporter;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  benchmark::Shutdown();
+}
