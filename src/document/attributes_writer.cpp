@@ -2,6 +2,8 @@
 #include "htcore/document/attributes.h"
 #include "htcore/foundation/fast_string.h"
 
+#include <string>
+
 namespace ht {
 
 namespace {
@@ -91,10 +93,13 @@ void THtAttributes::FastAsString(TFastString& FS) const {
     if (!CaseSensitive && a.Name == a.Value)
       continue;
     FS.Add2Char(u'=', u'"');
-    if (attr_overhead(a.Value.view()) != 0)
-      encode_attr([&](std::u16string_view s) { FS.Add(s); }, a.Value.view(), CaseSensitive);
-    else
+    if (attr_overhead(a.Value.view()) != 0) {
+      std::u16string encoded;
+      encode_attr([&](std::u16string_view s) { encoded += s; }, a.Value.view(), CaseSensitive);
+      FS.Add(std::u16string_view(encoded));
+    } else {
       FS.Add(a.Value);
+    }
     FS.AddChar(u'"');
   }
 }

@@ -4,12 +4,8 @@
 #include <fstream>
 #include <string>
 
-#include "document/codepage_pending.h"
+#include "htcore/foundation/codepage.h"
 #include "htcore/foundation/text_utils.h"
-
-using ht::detail::PendingCodePageToUnicode;
-using ht::detail::PendingGetSystemCodePage;
-using ht::detail::PendingUnicodeToCodePage;
 #include "document/html_parser_internal.h"
 
 namespace ht {
@@ -320,8 +316,8 @@ void THtmlParser::ApplyMetaCharset() {
     return;
   TStringParser& sp = Tokenizer.Parser;
   RawByteString bytes =
-      PendingUnicodeToCodePage(std::u16string_view(sp.p, static_cast<size_t>(sp.pend - sp.p)), PendingGetSystemCodePage());
-  hstring text = PendingCodePageToUnicode(bytes.view(), cp);
+      HtUnicodeToCodePage(std::u16string_view(sp.p, static_cast<size_t>(sp.pend - sp.p)), HtGetSystemCodePage());
+  hstring text = HtCodePageToUnicode(bytes.view(), cp);
   if (!text.empty())
     sp.Init(text);
   Encoding = heANSI;
@@ -337,7 +333,7 @@ void THtmlParser::ChangeEncoding(THtmlEncoding NewEncoding, uint32_t /*NewCodePa
   const char16_t* test = find_ignore_case(sp.p, sp.pend, u"</head>");
   if (IsUTF8(test ? test : sp.p)) {
     RawByteString bytes =
-        PendingUnicodeToCodePage(std::u16string_view(sp.p, static_cast<size_t>(sp.pend - sp.p)), PendingGetSystemCodePage());
+        HtUnicodeToCodePage(std::u16string_view(sp.p, static_cast<size_t>(sp.pend - sp.p)), HtGetSystemCodePage());
     sp.Init(Utf8ToHString(bytes.view()));
     recode_root(Root, heUTF8, 0);
   }
@@ -406,7 +402,7 @@ THtmlEncoding THtmlParser::GetFileEncoding(const hstring& AFileName, uint32_t& A
   while (e < n && lower[e] != 0 && lower[e] != '"' && lower[e] != '>')
     ++e;
   ACodePage = static_cast<uint32_t>(
-      CharsettoCodepage(PendingCodePageToUnicode(std::string_view(lower.data() + at, e - at), PendingGetSystemCodePage())));
+      CharsettoCodepage(HtCodePageToUnicode(std::string_view(lower.data() + at, e - at), HtGetSystemCodePage())));
   return heDefault;
 }
 
@@ -487,7 +483,7 @@ bool IsUTF8(const char16_t* p) {
   if (!p)
     return false;
   size_t n = std::char_traits<char16_t>::length(p);
-  RawByteString bytes = PendingUnicodeToCodePage(std::u16string_view(p, n), PendingGetSystemCodePage());
+  RawByteString bytes = HtUnicodeToCodePage(std::u16string_view(p, n), HtGetSystemCodePage());
   return IsUTF8Bytes(bytes.c_str(), bytes.Length());
 }
 

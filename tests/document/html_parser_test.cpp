@@ -1,5 +1,7 @@
 #include "htcore/document/html_parser.h"
 
+#include "htcore/foundation/codepage.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -8,13 +10,6 @@
 
 using namespace ht;
 
-namespace ht::detail {
-// Code page service of the foundation.
-void PendingSetSystemCodePage(int CodePage);
-hstring PendingCodePageToUnicode(std::string_view Bytes, int CodePage);
-}  // namespace ht::detail
-using ht::detail::PendingCodePageToUnicode;
-using ht::detail::PendingSetSystemCodePage;
 
 namespace {
 
@@ -69,8 +64,8 @@ std::string items(const hstring& src, bool xml = false) {
 std::string items(const char16_t* src, bool xml = false) { return items(hstring(src), xml); }
 
 struct SystemCodePage {
-  explicit SystemCodePage(int cp) { PendingSetSystemCodePage(cp); }
-  ~SystemCodePage() { PendingSetSystemCodePage(1252); }
+  explicit SystemCodePage(int cp) { HtSetSystemCodePage(cp); }
+  ~SystemCodePage() { HtSetSystemCodePage(1252); }
 };
 
 }  // namespace
@@ -224,14 +219,14 @@ TEST(HtmlParser, ByteOrderMarks) {
   SystemCodePage cp(1251);
   // UTF-8 bytes (with their mark) read through code page 1251.
   std::string utf8 = "\xEF\xBB\xBF<p>\xD0\xBF\xD1\x80\xD0\xB8</p>";
-  THtmlParser hp(PendingCodePageToUnicode(utf8, 1251));
+  THtmlParser hp(HtCodePageToUnicode(utf8, 1251));
   EXPECT_EQ(hp.Encoding, heUTF8);
   std::string got;
   while (hp.NextItem())
     got += item(hp) + " ";
   EXPECT_EQ(got, "p '\xD0\xBF\xD1\x80\xD0\xB8' /p ");
   // Plain ASCII behind the mark: switched, nothing to re-decode.
-  THtmlParser ascii(PendingCodePageToUnicode("\xEF\xBB\xBFhi", 1251));
+  THtmlParser ascii(HtCodePageToUnicode("\xEF\xBB\xBFhi", 1251));
   EXPECT_EQ(ascii.Encoding, heUTF8);
   ASSERT_TRUE(ascii.NextItem());
   EXPECT_EQ(ascii.Value, u"hi");
@@ -241,7 +236,7 @@ TEST(HtmlParser, MetaCharsetRedecodesTheRest) {
   // windows-1251 bytes read as the system code page 1252.
   std::string doc = "<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=windows-1251\">"
                     "<title>\xCF\xF0\xE8</title></head><body>\xE2\xE5\xF2</body>";
-  THtmlParser hp(PendingCodePageToUnicode(doc, 1252));
+  THtmlParser hp(HtCodePageToUnicode(doc, 1252));
   std::string got;
   while (hp.NextItem())
     got += item(hp) + " ";
@@ -268,7 +263,7 @@ TEST(HtmlParser, MetaCharsetVariants) {
       {"<meta charset=windows-1252><meta charset=utf-8>", heANSI, "\xC3\x83\xC2\xA9"},
   };
   for (auto& c : cases) {
-    THtmlParser hp(PendingCodePageToUnicode(c.head + body, 1252));
+    THtmlParser hp(HtCodePageToUnicode(c.head + body, 1252));
     std::string text;
     while (hp.NextItem())
       if (hp.TagType == htString)
@@ -276,7 +271,7 @@ TEST(HtmlParser, MetaCharsetVariants) {
     EXPECT_EQ(hp.Encoding, c.encoding) << c.head;
     EXPECT_EQ(text, c.text) << c.head;
   }
-  THtmlParser ignored(PendingCodePageToUnicode("<meta charset=utf-8>" + body, 1252));
+  THtmlParser ignored(HtCodePageToUnicode("<meta charset=utf-8>" + body, 1252));
   ignored.IgnoreMetaEncoding = true;
   while (ignored.NextItem()) {
   }
@@ -287,12 +282,12 @@ TEST(HtmlParser, MetaCharsetVariants) {
 TEST(HtmlParser, ChangeEncodingTestsFromHeadEnd) {
   // Bad UTF-8 in the head does not matter when the body after </head> is fine.
   std::string doc = "<head>\xE9</head><p>\xC3\xA9</p>";
-  THtmlParser hp(PendingCodePageToUnicode(doc, 1252));
+  THtmlParser hp(HtCodePageToUnicode(doc, 1252));
   hp.ChangeEncoding(heUTF8, 0);
   EXPECT_EQ(hp.Encoding, heUTF8);
   EXPECT_EQ(hp.Tokenizer.Parser.Tail().toUtf8(), "<head>\xEF\xBF\xBD</head><p>\xC3\xA9</p>");
   // Without a head the whole rest is tested; a bad sequence keeps the text.
-  THtmlParser bad(PendingCodePageToUnicode("<p>\xE9\xC3\xA9", 1252));
+  THtmlParser bad(HtCodePageToUnicode("<p>\xE9\xC3\xA9", 1252));
   bad.ChangeEncoding(heUTF8, 0);
   EXPECT_EQ(bad.Encoding, heUTF8);
   EXPECT_EQ(bad.Tokenizer.Parser.Tail().toUtf8(), "<p>\xC3\xA9\xC3\x83\xC2\xA9");
@@ -341,7 +336,7 @@ TEST(HtmlParser, IsUTF8Rules) {
   };
   for (auto& c : cases)
     EXPECT_EQ(IsUTF8Bytes(c.bytes.data(), static_cast<int>(c.bytes.size())), c.utf8) << c.bytes;
-  EXPECT_TRUE(IsUTF8(PendingCodePageToUnicode("x\xC3\xA9", 1252).c_str()));
+  EXPECT_TRUE(IsUTF8(HtCodePageToUnicode("x\xC3\xA9", 1252).c_str()));
   EXPECT_FALSE(IsUTF8(u"\u00E9"));
   EXPECT_FALSE(IsUTF8(nullptr));
 }
