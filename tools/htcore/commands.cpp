@@ -12,6 +12,7 @@ namespace htcore_cli {
 const std::vector<Command>& Commands() {
   static const std::vector<Command> list = {
       {"version", "version", "print the library version", CmdVersion},
+      {"tokens", "tokens FILE|-", "HTML item stream (tags, text, blocks), one a line", CmdTokens},
   };
   return list;
 }

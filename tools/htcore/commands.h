@@ -25,5 +25,6 @@ bool ReadInput(const char* name, std::string& bytes);
 int Fail(const std::string& message);
 
 int CmdVersion(int argc, char** argv);
+int CmdTokens(int argc, char** argv);
 
 }  // namespace htcore_cli
