@@ -1,0 +1,488 @@
+// The HTML tree builder: one activation of InternalParse per open element,
+// with fixed repair rules for bad nesting.
+#include <string>
+
+#include "document/html_tag_sets.h"
+#include "htcore/document/html_node.h"
+#include "htcore/document/html_parser.h"
+#include "htcore/foundation/text_utils.h"
+
+namespace ht {
+
+using namespace detail;
+
+namespace {
+
+constexpr int kMaxDepth = 256;
+constexpr uint32_t kTableSections = Bit(tiTable) | Bit(tiThead) | Bit(tiTbody);
+
+const hstring& TagTr() {
+  static const hstring s(u"tr");
+  return s;
+}
+
+THtNode* UpTo(THtNode* self, uint32_t ids, THtNode* limit) {
+  THtNode* prev = nullptr;
+  for (THtNode* n = self; n && n != limit; prev = n, n = n->FParent)
+    if (ids & Bit(HtmlTagInfo(n).Id))
+      return prev;
+  return nullptr;
+}
+
+THtNode* UpOver(THtNode* self, uint32_t ids, bool ignore_barrier, THtNode* limit) {
+  for (THtNode* n = self; n && n != limit; n = n->FParent) {
+    THtmlTagInfo info = HtmlTagInfo(n);
+    if (!ignore_barrier && (info.Sets & tsTableBarrier))
+      return nullptr;
+    if (ids & Bit(info.Id))
+      return n;
+  }
+  return nullptr;
+}
+
+bool TagIn(const THtNode* n, std::initializer_list<std::u16string_view> tags) {
+  for (std::u16string_view t : tags)
+    if (n->FTag.view() == t)
+      return true;
+  return false;
+}
+
+// A new child of `parent` of the class the tree chooses for `name`. Elements
+// must be HTML nodes to be built; a class that is not one is dropped.
+THtNode* NewChild(THtmlNode* self, THtNode* parent, THtmlParser& HP, const hstring& name) {
+  return parent->InternalAddChild(self->GetElementClass(name, HP.GlobalRoot));
+}
+
+THtmlNode* NewElement(THtmlNode* self, THtNode* parent, THtmlParser& HP, const hstring& name) {
+  THtNode* n = NewChild(self, parent, HP, name);
+  if (!n)
+    return nullptr;
+  if (auto* h = dynamic_cast<THtmlNode*>(n))
+    return h;
+  parent->DeleteChild(n);
+  return nullptr;
+}
+
+// The parser's list of formatting elements closed early by a misnested end tag.
+int StackCount(THtmlParser& HP) { return HP.IncorrectStack.Count(); }
+THtNode* StackItem(THtmlParser& HP, int i) { return static_cast<THtNode*>(HP.IncorrectStack.Get(i)); }
+void StackDelete(THtmlParser& HP, int i) { HP.IncorrectStack.Delete(i); }
+void StackPush(THtmlParser& HP, THtNode* n) { HP.IncorrectStack.Add(n); }
+
+// Moves a node to the end of new_parent's children.
+void MoveToEnd(THtNode* n, THtNode* new_parent) {
+  n->FParent->FNodes->RemoveItem(n);
+  new_parent->GetNodes()->Add(n);
+  n->FParent = new_parent;
+}
+
+}  // namespace
+
+THtNode* THtmlNode::FloatUpTo(std::initializer_list<std::u16string_view> Tags, THtNode* Limit) {
+  THtNode* prev = nullptr;
+  for (THtNode* n = this; n && n != Limit; prev = n, n = n->FParent)
+    if (TagIn(n, Tags))
+      return prev;
+  return nullptr;
+}
+
+THtNode* THtmlNode::FloatUpOver(std::initializer_list<std::u16string_view> Tags, bool IgnoreBarrier,
+                                THtNode* Limit) {
+  for (THtNode* n = this; n && n != Limit; n = n->FParent) {
+    if (!IgnoreBarrier && (HtmlTagInfo(n).Sets & tsTableBarrier))
+      return nullptr;
+    if (TagIn(n, Tags))
+      return n;
+  }
+  return nullptr;
+}
+
+THtNode* THtmlNode::CheckTagOrder(const hstring& ATag, THtNode* Limit) {
+  THtmlTagInfo self = HtmlTagInfo(this);
+  THtmlTagInfo tag = HtmlTagInfo(ATag.view());
+  if (self.Id == tiTr && !(tag.Sets & tsRowContent))
+    return UpOver(this, Bit(tiTable), true, Limit);
+  if (!ATag.empty() && ATag[0] == u't') {
+    switch (tag.Id) {
+    case tiThead:
+    case tiTbody:
+      return UpTo(this, Bit(tiTable), Limit);
+    case tiTr: {
+      constexpr uint32_t sections = Bit(tiThead) | Bit(tiTbody) | Bit(tiTfoot) | Bit(tiTable);
+      THtNode* r = UpTo(this, sections, Limit);
+      if (r || (sections & Bit(self.Id)))
+        return r;
+      return UpOver(this, Bit(tiTr), true, Limit);
+    }
+    case tiTd:
+    case tiTh:
+      return UpTo(this, Bit(tiTr), Limit);
+    case tiTable:
+      return self.Id == tiTable ? UpOver(this, Bit(tiTable), true, Limit) : nullptr;
+    default:
+      return nullptr;  // tfoot, textarea, ... imply no end
+    }
+  }
+  switch (tag.Id) {
+  case tiLi:
+    return UpTo(this, Bit(tiUl) | Bit(tiOl), Limit);
+  case tiDt:
+    return UpTo(this, Bit(tiDl), Limit);
+  case tiDd:
+    if (THtNode* r = UpTo(this, Bit(tiDl), Limit))
+      return r;
+    return UpOver(this, Bit(tiDd), false, Limit);
+  case tiBody:
+    return UpOver(this, Bit(tiHead), false, Limit);
+  case tiA:
+    return UpOver(this, Bit(tiA), false, Limit);  // anchors never nest
+  default:
+    break;
+  }
+  if (self.Id == tiHead && !(tag.Sets & tsHead))
+    return UpOver(this, Bit(tiHead), false, Limit);
+  if (tag.Sets & tsBlock)
+    return UpOver(this, Bit(tiP), false, Limit);
+  return nullptr;
+}
+
+THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
+  ++HP.FStackLevel;  // the caller takes it back
+  THtNode* result = nullptr;
+  if (!HP.RepeatCurrent) {
+    if (!HP.Tag.empty() && FTag.empty())
+      SetTag(HP.Tag);
+    TagType = HP.TagType;
+    ParseAttributes(HP);
+    if (HP.TagClosed)
+      return nullptr;
+  }
+
+  for (;;) {
+    if (!HP.NextItem()) {
+      AfterParse();
+      return result;
+    }
+
+    if (HP.IsCloseTag) {
+      if (HP.Tag == FTag)
+        break;
+      THtmlTagInfo tag = HtmlTagInfo(HP.Tag.view());
+      for (int i = StackCount(HP) - 1; i >= 0; --i)
+        if (StackItem(HP, i)->FTag == HP.Tag)
+          StackDelete(HP, i);
+      const int noted = StackCount(HP);
+      constexpr uint32_t cells = Bit(tiTr) | Bit(tiTd) | Bit(tiTh);
+      constexpr uint32_t table_tags = Bit(tiTable) | cells;
+      THtNode* p = this;
+      bool found = false;
+      while (p) {
+        THtmlTagInfo pi = HtmlTagInfo(p);
+        if ((Bit(tag.Id) & (cells | Bit(tiP))) && pi.Id == tiTable)
+          break;
+        if (!(Bit(tag.Id) & table_tags) && (Bit(pi.Id) & table_tags))
+          break;
+        if (tag.Id == tiSpan && pi.Id == tiDiv)
+          break;
+        if (pi.Id == tiBody || pi.Id == tiHtml)
+          break;
+        // The top of this parse is never closed from inside, so that inner
+        // HTML cannot end its own container.
+        if (p == HP.Root)
+          break;
+        if (tag.Id == tiTable) {
+          if (pi.Id == tiTr && p->FParent)
+            p = p->FParent;
+          if (HtmlTagInfo(p).Id == tiTbody && p->FParent)
+            p = p->FParent;
+        }
+        if (p->FTag == HP.Tag) {
+          found = true;
+          break;
+        }
+        if (HtmlTagInfo(p).Sets & tsFormatting)
+          StackPush(HP, p);
+        p = p->FParent;
+      }
+      if (found) {
+        AfterParse();
+        return p;
+      }
+      while (StackCount(HP) > noted)
+        StackDelete(HP, StackCount(HP) - 1);
+      continue;  // a stray end tag is ignored
+    }
+
+    // An open item. Formatting elements closed early reopen first, outermost first.
+    bool reopened = false;
+    while (StackCount(HP) > 0 && !reopened) {
+      THtNode* entry = StackItem(HP, StackCount(HP) - 1);
+      THtmlNode* child = NewElement(this, this, HP, entry->FTag);
+      if (child) {
+        HP.RepeatCurrent = true;
+        child->SetTag(entry->FTag);
+        child->TagType = htIdent;
+        child->CopyAttributesFrom(entry);
+      }
+      StackDelete(HP, StackCount(HP) - 1);
+      if (child) {
+        result = child->InternalParse(HP);
+        --HP.FStackLevel;
+        reopened = true;
+      }
+    }
+
+    if (!reopened) {
+      switch (HP.TagType) {
+      case htScript:
+      case htStyle:
+        if (THtmlNode* c = NewElement(this, this, HP, HP.Tag)) {
+          c->SetTag(HP.Tag);
+          c->TagType = HP.TagType;
+          c->FContent = HP.Value;
+          c->ParseAttributes(HP);
+        }
+        continue;
+      case htComment:
+      case htDirective: {
+        static const hstring comment(u"!"), directive(u"?");
+        const hstring& name = HP.TagType == htComment ? comment : directive;
+        if (THtmlNode* c = NewElement(this, this, HP, name)) {
+          c->TagType = HP.TagType;
+          c->FContent = HP.Value;
+          c->SetTag(name);
+          c->ParseAttributes(HP);
+        }
+        continue;
+      }
+      case htCData: {
+        static const hstring cdata(u"!");
+        if (THtNode* c = NewChild(this, this, HP, cdata)) {
+          c->TagType = htCData;
+          c->FContent = HP.Value;
+        }
+        continue;
+      }
+      case htIdent:
+      case htString:
+        break;
+      default:
+        continue;  // a doctype and the like leave no node
+      }
+
+      THtmlTagInfo self = HtmlTagInfo(this);
+      THtmlTagInfo tag;
+      bool handled = false;
+      if (!HP.Tag.empty()) {
+        tag = HtmlTagInfo(HP.Tag.view());
+        if (tag.Sets & tsVoid) {
+          HP.TagClosed = true;
+        } else if ((kTableSections & Bit(self.Id)) && (tag.Id == tiTd || tag.Id == tiTh)) {
+          // A cell straight in a table gets a row; no tbody is ever invented.
+          THtmlNode* tr = NewElement(this, this, HP, TagTr());
+          if (!tr)
+            continue;
+          tr->SetTag(TagTr());
+          tr->TagType = htIdent;
+          HP.RepeatCurrent = true;
+          result = tr->InternalParse(HP);
+          --HP.FStackLevel;
+          handled = true;
+        } else if ((kTableSections & Bit(self.Id)) && tag.Id == tiP) {
+          // The inner element is a td by class and a tr by name; readers of
+          // such trees rely on this shape.
+          THtmlNode* tr = NewElement(this, this, HP, TagTr());
+          if (!tr)
+            continue;
+          tr->SetTag(TagTr());
+          tr->TagType = htIdent;
+          static const hstring td(u"td");
+          THtmlNode* inner = NewElement(this, tr, HP, td);
+          if (!inner)
+            continue;
+          inner->SetTag(TagTr());
+          inner->TagType = htIdent;
+          HP.RepeatCurrent = true;
+          result = inner->InternalParse(HP);
+          --HP.FStackLevel;
+          handled = true;
+        } else {
+          THtNode* r = nullptr;
+          THtNode* limit = HP.Root;
+          if (tag.Id == tiTd) {
+            r = UpTo(this, Bit(tiTr), limit);
+          } else if (tag.Id == tiTr && self.Id == tiTr) {
+            r = UpOver(this, Bit(tiTr), true, limit);
+          } else if (self.Id == tiTr && (Bit(tag.Id) & (Bit(tiP) | Bit(tiSpan) | Bit(tiUl) | Bit(tiDiv)))) {
+            // Block content in a row goes into the row's last cell.
+            THtmlNode* cell = nullptr;
+            for (int i = GetCount() - 1; i >= 0 && !cell; --i) {
+              THtNode* c = FNodes->GetNode(i);
+              THtmlTagInfo ci = HtmlTagInfo(c);
+              if (ci.Id == tiTd || ci.Id == tiTh)
+                cell = dynamic_cast<THtmlNode*>(c);
+            }
+            if (cell) {
+              HP.RepeatCurrent = true;
+              result = cell->InternalParse(HP);
+              --HP.FStackLevel;
+              continue;  // no result rule here
+            }
+          } else {
+            r = CheckTagOrder(HP.Tag, limit);
+          }
+          // The only depth limit: deeper elements are put higher up.
+          if (!r && HP.FStackLevel > kMaxDepth)
+            r = FParent;
+          if (r) {
+            HP.RepeatCurrent = true;
+            return r;
+          }
+        }
+      }
+
+      if (!handled) {
+        // The child step. Content closed at once in a tbody leaves the table
+        // and stands just before it.
+        THtNode* parent = this;
+        bool before_table = false;
+        if (HP.TagClosed && !HP.Tag.empty() && self.Id == tiTbody && tag.Id != tiTr && FParent &&
+            FParent->FParent) {
+          parent = FParent->FParent;
+          before_table = true;
+        }
+        THtNode* child = NewChild(this, parent, HP, HP.Tag);
+        if (!child)
+          continue;
+        if (before_table) {
+          THtNodeList* list = parent->FNodes;
+          if (list->GetCount() >= 2)
+            list->Move(list->GetCount() - 1, list->GetCount() - 2);
+        }
+        if (HP.TagType == htString) {
+          child->SetContent(HP.Value);
+          continue;
+        }
+        auto* element = dynamic_cast<THtmlNode*>(child);
+        if (!element) {
+          parent->DeleteChild(child);
+          continue;
+        }
+        element->SetTag(HP.Tag);
+        result = element->InternalParse(HP);
+        --HP.FStackLevel;
+      }
+    }
+
+    // The result rule.
+    if (!result)
+      continue;
+    if (result->FParent == this) {
+      result = nullptr;  // the child was closed; this node takes the offered item
+      continue;
+    }
+    AfterParse();
+    return result;
+  }
+
+  // A matching end tag: repair the surroundings.
+  for (int i = StackCount(HP) - 1; i >= 0; --i)
+    if (StackItem(HP, i)->HasAsParent(this))
+      StackDelete(HP, i);
+  THtmlTagInfo self = HtmlTagInfo(this);
+  if (FParent && HtmlTagInfo(FParent).Id == tiTable && FParent->FParent && !(self.Sets & tsTableParts)) {
+    // Content parsed inside a table moves behind it.
+    MoveToEnd(this, FParent->FParent);
+  } else if (FParent && HtmlTagInfo(FParent).Id == tiTr && self.Id != tiTd && self.Id != tiTh) {
+    THtNode* table = FParent;
+    while (table && HtmlTagInfo(table).Id != tiTable)
+      table = table->FParent;
+    if (table && table->FParent)
+      MoveToEnd(this, table->FParent);
+  }
+  AfterParse();
+  return result;
+}
+
+void THtmlNode::ParseAttributes(THtmlParser& HP) {
+  if (!HP.Attributes || HP.Attributes->Count == 0)
+    return;
+  delete FAttributes;
+  FAttributes = HP.Attributes;
+  HP.Attributes = nullptr;
+}
+
+void THtmlNode::ParseAttributes(const hstring& s) {
+  THtmlParser HP(u"<x "_hs + s + u"/>", false);
+  HP.NextItem();
+  ParseAttributes(HP);
+}
+
+void THtmlNode::Parse(const hstring& HTML, bool AIgnoreMetaEncoding) {
+  DeleteAllChildren();
+  THtmlParser HP(HTML, false);
+  HP.IgnoreMetaEncoding = AIgnoreMetaEncoding;
+  HP.Root = this;
+  HP.GlobalRoot = this;
+  InternalParse(HP);
+  if (!FParent && !FindNode(u"body") && !FindNode(u"html")) {
+    SetTag(u"body");
+    TagType = htIdent;
+  }
+}
+
+void THtmlNode::SetInnerHTML(const hstring& Value) {
+  DeleteAllChildren();
+  static const hstring div(u"div");
+  THtNode* made = AddChild(GetElementClass(div, nullptr));
+  auto* temp = dynamic_cast<THtmlNode*>(made);
+  if (!temp) {
+    if (made)
+      DeleteChild(made);
+    return;
+  }
+  bool table = HtmlTagInfo(this).Id == tiTable;
+  hstring text = table ? u"<tbody>"_hs + Value + u"</tbody>" : u"<div>"_hs + Value + u"</div>";
+  THtmlParser HP(text, false);
+  HP.Root = temp;
+  HP.GlobalRoot = Root();
+  auto* root = dynamic_cast<THtmlNode*>(HP.GlobalRoot);
+  HP.SetCaseSensitive(root ? !root->QuirksMode() : false);
+  HP.NextItem();
+  temp->InternalParse(HP);
+  temp->MoveChildrentoParent(true);
+  DeleteChild(temp);
+}
+
+void THtmlNode::SetOuterHTML(const hstring& Value) {
+  DeleteAllChildren();
+  delete FAttributes;
+  FAttributes = nullptr;
+  THtmlParser HP(Value, false);
+  HP.Root = this;
+  HP.GlobalRoot = Root();
+  bool have = false;
+  while (!have && HP.NextItem())
+    have = HP.TagType != htCustom && !(HP.TagType == htString && BlankString(HP.Value.view()));
+  SetTag(hstring());
+  if (have)
+    InternalParse(HP);
+}
+
+THtmlNode* THtmlNode::AddHTML(const hstring& HTML) {
+  static const hstring div(u"div");
+  THtNode* made = AddChild(GetElementClass(div, nullptr));
+  auto* temp = dynamic_cast<THtmlNode*>(made);
+  if (!temp) {
+    if (made)
+      DeleteChild(made);
+    return nullptr;
+  }
+  temp->Parse(HTML, false);
+  auto* first = dynamic_cast<THtmlNode*>(temp->FirstChild());
+  temp->MoveChildrentoParent(true);
+  DeleteChild(temp);
+  return first;
+}
+
+}  // namespace ht

@@ -1,0 +1,151 @@
+#include "document/html_tag_sets.h"
+
+#include <array>
+
+#include "htcore/foundation/hash.h"
+
+namespace ht::detail {
+
+namespace {
+
+struct TEntry {
+  std::u16string_view Name;
+  THtmlTagInfo Info;
+};
+
+constexpr TEntry kTags[] = {
+    {u"table", {tiTable, tsTableBarrier}},
+    {u"tr", {tiTr, tsTableBarrier | tsRowContent | tsTableParts}},
+    {u"td", {tiTd, tsTableBarrier | tsRowContent | tsTableParts}},
+    {u"th", {tiTh, tsTableBarrier | tsRowContent | tsTableParts}},
+    {u"tbody", {tiTbody, tsTableBarrier | tsRowContent | tsTableParts}},
+    {u"thead", {tiThead, tsTableBarrier | tsRowContent | tsTableParts}},
+    {u"tfoot", {tiTfoot, tsRowContent | tsTableParts}},
+    {u"colgroup", {tiOther, tsTableBarrier | tsTableParts}},
+    {u"col", {tiOther, tsVoid | tsTableParts}},
+    {u"caption", {tiOther, tsRowContent | tsTableParts}},
+    {u"font", {tiOther, tsFormatting | tsRowContent}},
+    {u"p", {tiP, tsBlock}},
+    {u"li", {tiLi, 0}},
+    {u"ul", {tiUl, tsBlock}},
+    {u"ol", {tiOl, tsBlock}},
+    {u"dl", {tiDl, tsBlock}},
+    {u"dt", {tiDt, 0}},
+    {u"dd", {tiDd, 0}},
+    {u"body", {tiBody, 0}},
+    {u"head", {tiHead, 0}},
+    {u"html", {tiHtml, 0}},
+    {u"a", {tiA, tsFormatting}},
+    {u"div", {tiDiv, tsBlock}},
+    {u"span", {tiSpan, 0}},
+    {u"br", {tiOther, tsVoid}},
+    {u"img", {tiOther, tsVoid}},
+    {u"link", {tiOther, tsVoid | tsHead}},
+    {u"hr", {tiOther, tsVoid}},
+    {u"frame", {tiOther, tsVoid}},
+    {u"input", {tiOther, tsVoid}},
+    {u"meta", {tiOther, tsVoid | tsHead}},
+    {u"wbr", {tiOther, tsVoid}},
+    {u"address", {tiOther, tsBlock}},
+    {u"article", {tiOther, tsBlock}},
+    {u"aside", {tiOther, tsBlock}},
+    {u"blockquote", {tiOther, tsBlock}},
+    {u"center", {tiOther, tsBlock}},
+    {u"details", {tiOther, tsBlock}},
+    {u"dir", {tiOther, tsBlock}},
+    {u"fieldset", {tiOther, tsBlock}},
+    {u"figcaption", {tiOther, tsBlock}},
+    {u"figure", {tiOther, tsBlock}},
+    {u"footer", {tiOther, tsBlock}},
+    {u"header", {tiOther, tsBlock}},
+    {u"hgroup", {tiOther, tsBlock}},
+    {u"menu", {tiOther, tsBlock}},
+    {u"nav", {tiOther, tsBlock}},
+    {u"pre", {tiOther, tsBlock}},
+    {u"section", {tiOther, tsBlock}},
+    {u"summary", {tiOther, tsBlock}},
+    {u"h1", {tiOther, tsBlock}},
+    {u"h2", {tiOther, tsBlock}},
+    {u"h3", {tiOther, tsBlock}},
+    {u"h4", {tiOther, tsBlock}},
+    {u"h5", {tiOther, tsBlock}},
+    {u"h6", {tiOther, tsBlock}},
+    {u"base", {tiOther, tsHead}},
+    {u"basefont", {tiOther, tsHead}},
+    {u"bgsound", {tiOther, tsHead}},
+    {u"script", {tiOther, tsHead}},
+    {u"style", {tiOther, tsHead}},
+    {u"title", {tiOther, tsHead}},
+    {u"noscript", {tiOther, tsHead}},
+    {u"b", {tiOther, tsFormatting}},
+    {u"big", {tiOther, tsFormatting}},
+    {u"code", {tiOther, tsFormatting}},
+    {u"em", {tiOther, tsFormatting}},
+    {u"i", {tiOther, tsFormatting}},
+    {u"nobr", {tiOther, tsFormatting}},
+    {u"s", {tiOther, tsFormatting}},
+    {u"small", {tiOther, tsFormatting}},
+    {u"strike", {tiOther, tsFormatting}},
+    {u"strong", {tiOther, tsFormatting}},
+    {u"tt", {tiOther, tsFormatting}},
+    {u"u", {tiOther, tsFormatting}},
+};
+
+constexpr size_t kSlots = 256;  // more than twice the entries: short probes
+
+struct TSlot {
+  uint32_t Hash;
+  const TEntry* Entry;
+};
+
+struct TTable {
+  std::array<TSlot, kSlots> Slots{};
+  TTable() {
+    for (const TEntry& e : kTags) {
+      uint32_t h = RSHash(e.Name.data(), static_cast<int>(e.Name.size()));
+      size_t i = h % kSlots;
+      while (Slots[i].Entry)
+        i = (i + 1) % kSlots;
+      Slots[i] = {h, &e};
+    }
+  }
+};
+
+const TTable& Table() {
+  static const TTable table;
+  return table;
+}
+
+bool SameAsciiLower(std::u16string_view name, std::u16string_view lower) noexcept {
+  if (name.size() != lower.size())
+    return false;
+  for (size_t i = 0; i < name.size(); ++i) {
+    char16_t c = name[i] >= u'A' && name[i] <= u'Z' ? name[i] + 32 : name[i];
+    if (c != lower[i])
+      return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+THtmlTagInfo HtmlTagInfo(std::u16string_view name, uint32_t hash) noexcept {
+  if (name.empty() || name.size() > 10)
+    return {};
+  const TTable& t = Table();
+  for (size_t i = hash % kSlots; t.Slots[i].Entry; i = (i + 1) % kSlots)
+    if (t.Slots[i].Hash == hash && SameAsciiLower(name, t.Slots[i].Entry->Name))
+      return t.Slots[i].Entry->Info;
+  return {};
+}
+
+THtmlTagInfo HtmlTagInfo(std::u16string_view name) noexcept {
+  if (name.empty() || name.size() > 10)
+    return {};
+  char16_t lower[10];
+  for (size_t i = 0; i < name.size(); ++i)
+    lower[i] = name[i] >= u'A' && name[i] <= u'Z' ? name[i] + 32 : name[i];
+  return HtmlTagInfo(name, RSHash(lower, static_cast<int>(name.size())));
+}
+
+}  // namespace ht::detail
