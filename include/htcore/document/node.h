@@ -21,6 +21,7 @@
 #include <typeinfo>
 
 #include "htcore/document/attributes.h"
+#include "htcore/document/html_tokenizer.h"
 #include "htcore/document/node_list.h"
 #include "htcore/foundation/date_time.h"
 #include "htcore/foundation/hstring.h"
