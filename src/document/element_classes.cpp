@@ -4,9 +4,16 @@
 
 namespace ht {
 
+namespace {
+
+const hstring& ContainerName(const void* Value) {
+  return static_cast<const THtElementClassContainer*>(static_cast<const TObject*>(Value))->Name;
+}
+
+}  // namespace
+
 TElementClasses::TElementClasses()
-    : THtObjectDictionary(127, true, offsetof(THtElementClassContainer, Name)),
-      DefaultClass(NodeClass<THtmlNode>()) {}
+    : THtObjectDictionary(127, true, ContainerName), DefaultClass(NodeClass<THtmlNode>()) {}
 
 void TElementClasses::Register(const hstring& Name, THtNodeClass AClass) {
   if (Name.empty()) {
@@ -15,7 +22,7 @@ void TElementClasses::Register(const hstring& Name, THtNodeClass AClass) {
   }
   hstring key = Name;
   hLower(key);
-  AddObject(key, new THtElementClassContainer(key, AClass));
+  AddObject(new THtElementClassContainer(key, AClass));
 }
 
 THtNodeClass TElementClasses::GetElementClass(const hstring& Name) const {

@@ -8,6 +8,7 @@
 #include "htcore/foundation/exception.h"
 #include "htcore/foundation/hash.h"
 #include "htcore/foundation/number_format.h"
+#include "htcore/foundation/text_utils.h"
 
 namespace ht {
 

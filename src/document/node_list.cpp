@@ -90,7 +90,7 @@ void THtNodeList::_Release() noexcept {
 
 // --- Items ---
 
-THtNode* THtNodeList::Item(int Index) const noexcept { return static_cast<THtNode*>(Get(Index)); }
+THtNode* THtNodeList::Item(int Index) const noexcept { return static_cast<THtNode*>(List()[Index]); }
 
 THtNode* THtNodeList::GetNode(int Index) const {
   if (Index < 0 || Index >= Count())
@@ -260,18 +260,26 @@ THtNodeList& THtNodeList::Remove() {
   for (THtNode* n : *this)
     items.push_back(n);
   THtObjectList::Clear();
-  // A node that goes with a listed ancestor, or is listed twice, is freed once.
-  std::unordered_set<THtNode*> listed(items.begin(), items.end());
+  // A node that goes with a listed ancestor, or is listed twice, is freed
+  // once: decide everything before freeing anything.
+  std::unordered_set<THtNode*> doomed;
+  for (THtNode* n : items)
+    if (n->FParent)
+      doomed.insert(n);
+  std::vector<THtNode*> victims;
+  std::unordered_set<THtNode*> taken;
   for (size_t i = items.size(); i-- > 0;) {
     THtNode* n = items[i];
-    if (!listed.erase(n) || !n->FParent)
+    if (!doomed.count(n))
       continue;
     bool inside = false;
     for (THtNode* p = n->FParent; p && !inside; p = p->FParent)
-      inside = listed.count(p) != 0;
-    if (!inside)
-      n->FParent->DeleteChild(n);
+      inside = doomed.count(p) != 0;
+    if (!inside && taken.insert(n).second)
+      victims.push_back(n);
   }
+  for (THtNode* n : victims)
+    n->FParent->DeleteChild(n);
   return *this;
 }
 

@@ -23,7 +23,7 @@
 #include <string_view>
 
 #include "htcore/document/html_node.h"
-#include "htcore/foundation/dictionary.h"
+#include "htcore/foundation/string_dictionary.h"
 
 namespace ht {
 

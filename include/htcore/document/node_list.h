@@ -21,7 +21,7 @@
 #include <utility>
 #include <vector>
 
-#include "htcore/foundation/dictionary.h"
+#include "htcore/foundation/object_list.h"
 #include "htcore/foundation/hstring.h"
 
 namespace ht {
