@@ -21,15 +21,20 @@ const hstring& TagTr() {
   return s;
 }
 
-THtNode* UpTo(THtNode* self, uint32_t ids, THtNode* limit) {
+// The limit itself may match: what closes then is one of its children, never
+// the limit, so a parse cannot end itself early.
+THtNode* up_to(THtNode* self, uint32_t ids, THtNode* limit) {
   THtNode* prev = nullptr;
-  for (THtNode* n = self; n && n != limit; prev = n, n = n->FParent)
+  for (THtNode* n = self; n; prev = n, n = n->FParent) {
     if (ids & Bit(HtmlTagInfo(n).Id))
       return prev;
+    if (n == limit)
+      break;
+  }
   return nullptr;
 }
 
-THtNode* UpOver(THtNode* self, uint32_t ids, bool ignore_barrier, THtNode* limit) {
+THtNode* up_over(THtNode* self, uint32_t ids, bool ignore_barrier, THtNode* limit) {
   for (THtNode* n = self; n && n != limit; n = n->FParent) {
     THtmlTagInfo info = HtmlTagInfo(n);
     if (!ignore_barrier && (info.Sets & tsTableBarrier))
@@ -64,10 +69,10 @@ THtmlNode* NewElement(THtmlNode* self, THtNode* parent, THtmlParser& HP, const h
 }
 
 // The parser's list of formatting elements closed early by a misnested end tag.
-int StackCount(THtmlParser& HP) { return HP.IncorrectStack.Count(); }
-THtNode* StackItem(THtmlParser& HP, int i) { return static_cast<THtNode*>(HP.IncorrectStack.Get(i)); }
-void StackDelete(THtmlParser& HP, int i) { HP.IncorrectStack.Delete(i); }
-void StackPush(THtmlParser& HP, THtNode* n) { HP.IncorrectStack.Add(n); }
+int StackCount(THtmlParser& HP) { return HP.IncorrectStack->Count(); }
+THtNode* StackItem(THtmlParser& HP, int i) { return static_cast<THtNode*>(HP.IncorrectStack->Get(i)); }
+void StackDelete(THtmlParser& HP, int i) { HP.IncorrectStack->Delete(i); }
+void StackPush(THtmlParser& HP, THtNode* n) { HP.IncorrectStack->Add(n); }
 
 // Moves a node to the end of new_parent's children.
 void MoveToEnd(THtNode* n, THtNode* new_parent) {
@@ -80,9 +85,12 @@ void MoveToEnd(THtNode* n, THtNode* new_parent) {
 
 THtNode* THtmlNode::FloatUpTo(std::initializer_list<std::u16string_view> Tags, THtNode* Limit) {
   THtNode* prev = nullptr;
-  for (THtNode* n = this; n && n != Limit; prev = n, n = n->FParent)
+  for (THtNode* n = this; n; prev = n, n = n->FParent) {
     if (TagIn(n, Tags))
       return prev;
+    if (n == Limit)
+      break;
+  }
   return nullptr;
 }
 
@@ -101,48 +109,48 @@ THtNode* THtmlNode::CheckTagOrder(const hstring& ATag, THtNode* Limit) {
   THtmlTagInfo self = HtmlTagInfo(this);
   THtmlTagInfo tag = HtmlTagInfo(ATag.view());
   if (self.Id == tiTr && !(tag.Sets & tsRowContent))
-    return UpOver(this, Bit(tiTable), true, Limit);
+    return up_over(this, Bit(tiTable), true, Limit);
   if (!ATag.empty() && ATag[0] == u't') {
     switch (tag.Id) {
     case tiThead:
     case tiTbody:
-      return UpTo(this, Bit(tiTable), Limit);
+      return up_to(this, Bit(tiTable), Limit);
     case tiTr: {
       constexpr uint32_t sections = Bit(tiThead) | Bit(tiTbody) | Bit(tiTfoot) | Bit(tiTable);
-      THtNode* r = UpTo(this, sections, Limit);
+      THtNode* r = up_to(this, sections, Limit);
       if (r || (sections & Bit(self.Id)))
         return r;
-      return UpOver(this, Bit(tiTr), true, Limit);
+      return up_over(this, Bit(tiTr), true, Limit);
     }
     case tiTd:
     case tiTh:
-      return UpTo(this, Bit(tiTr), Limit);
+      return up_to(this, Bit(tiTr), Limit);
     case tiTable:
-      return self.Id == tiTable ? UpOver(this, Bit(tiTable), true, Limit) : nullptr;
+      return self.Id == tiTable ? up_over(this, Bit(tiTable), true, Limit) : nullptr;
     default:
       return nullptr;  // tfoot, textarea, ... imply no end
     }
   }
   switch (tag.Id) {
   case tiLi:
-    return UpTo(this, Bit(tiUl) | Bit(tiOl), Limit);
+    return up_to(this, Bit(tiUl) | Bit(tiOl), Limit);
   case tiDt:
-    return UpTo(this, Bit(tiDl), Limit);
+    return up_to(this, Bit(tiDl), Limit);
   case tiDd:
-    if (THtNode* r = UpTo(this, Bit(tiDl), Limit))
+    if (THtNode* r = up_to(this, Bit(tiDl), Limit))
       return r;
-    return UpOver(this, Bit(tiDd), false, Limit);
+    return up_over(this, Bit(tiDd), false, Limit);
   case tiBody:
-    return UpOver(this, Bit(tiHead), false, Limit);
+    return up_over(this, Bit(tiHead), false, Limit);
   case tiA:
-    return UpOver(this, Bit(tiA), false, Limit);  // anchors never nest
+    return up_over(this, Bit(tiA), false, Limit);  // anchors never nest
   default:
     break;
   }
   if (self.Id == tiHead && !(tag.Sets & tsHead))
-    return UpOver(this, Bit(tiHead), false, Limit);
+    return up_over(this, Bit(tiHead), false, Limit);
   if (tag.Sets & tsBlock)
-    return UpOver(this, Bit(tiP), false, Limit);
+    return up_over(this, Bit(tiP), false, Limit);
   return nullptr;
 }
 
@@ -310,9 +318,9 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
           THtNode* r = nullptr;
           THtNode* limit = HP.Root;
           if (tag.Id == tiTd) {
-            r = UpTo(this, Bit(tiTr), limit);
+            r = up_to(this, Bit(tiTr), limit);
           } else if (tag.Id == tiTr && self.Id == tiTr) {
-            r = UpOver(this, Bit(tiTr), true, limit);
+            r = up_over(this, Bit(tiTr), true, limit);
           } else if (self.Id == tiTr && (Bit(tag.Id) & (Bit(tiP) | Bit(tiSpan) | Bit(tiUl) | Bit(tiDiv)))) {
             // Block content in a row goes into the row's last cell.
             THtmlNode* cell = nullptr;
@@ -408,8 +416,7 @@ void THtmlNode::ParseAttributes(THtmlParser& HP) {
   if (!HP.Attributes || HP.Attributes->Count == 0)
     return;
   delete FAttributes;
-  FAttributes = HP.Attributes;
-  HP.Attributes = nullptr;
+  FAttributes = HP.Attributes.release();
 }
 
 void THtmlNode::ParseAttributes(const hstring& s) {
@@ -445,8 +452,8 @@ void THtmlNode::SetInnerHTML(const hstring& Value) {
   hstring text = table ? u"<tbody>"_hs + Value + u"</tbody>" : u"<div>"_hs + Value + u"</div>";
   THtmlParser HP(text, false);
   HP.Root = temp;
-  HP.GlobalRoot = Root();
-  auto* root = dynamic_cast<THtmlNode*>(HP.GlobalRoot);
+  auto* root = dynamic_cast<THtmlNode*>(Root());
+  HP.GlobalRoot = root;
   HP.SetCaseSensitive(root ? !root->QuirksMode() : false);
   HP.NextItem();
   temp->InternalParse(HP);
@@ -460,7 +467,7 @@ void THtmlNode::SetOuterHTML(const hstring& Value) {
   FAttributes = nullptr;
   THtmlParser HP(Value, false);
   HP.Root = this;
-  HP.GlobalRoot = Root();
+  HP.GlobalRoot = dynamic_cast<THtmlNode*>(Root());
   bool have = false;
   while (!have && HP.NextItem())
     have = HP.TagType != htCustom && !(HP.TagType == htString && BlankString(HP.Value.view()));

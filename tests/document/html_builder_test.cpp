@@ -1,0 +1,347 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "document/tree_dump.h"
+#include "htcore/document/html_node.h"
+#include "htcore/document/html_parser.h"
+
+namespace ht {
+namespace {
+
+using test::CheckTree;
+using test::DumpNode;
+
+struct TCase {
+  const char* html;
+  const char* tree;  // dump of the parsed document
+};
+
+void ExpectTrees(const TCase* cases, size_t n) {
+  for (size_t i = 0; i < n; ++i) {
+    THtmlNode doc;
+    doc.Parse(hstring::FromUtf8(cases[i].html));
+    EXPECT_EQ(DumpNode(&doc), cases[i].tree) << cases[i].html;
+    EXPECT_EQ(CheckTree(&doc), "") << cases[i].html;
+  }
+}
+
+template <size_t N>
+void ExpectTrees(const TCase (&cases)[N]) {
+  ExpectTrees(cases, N);
+}
+
+TEST(HtmlBuilder, ImpliedEndTags) {
+  const TCase cases[] = {
+      {"<p>a<p>b", "body(p(\"a\"),p(\"b\"))"},
+      {"<p>a<div>b</div>", "body(p(\"a\"),div(\"b\"))"},
+      {"<p>a<h1>b</h1><span>c", "body(p(\"a\"),h1(\"b\"),span(\"c\"))"},
+      {"<p>x<table>y", "body(p(\"x\",table(\"y\")))"},  // a table does not close a p
+      {"<li>a<li>b", "body(li(\"a\",li(\"b\")))"},      // no list around: the items nest
+      {"<ul><li>a<li>b</ul>", "body(ul(li(\"a\"),li(\"b\")))"},
+      {"<ul><li>a<ul><li>b</ul><li>c</ul>", "body(ul(li(\"a\",ul(li(\"b\"))),li(\"c\")))"},
+      {"<dl><dt>a<dd>b<dt>c<dd>d</dl>", "body(dl(dt(\"a\"),dd(\"b\"),dt(\"c\"),dd(\"d\")))"},
+      {"<dd>a<dd>b", "body(dd(\"a\"),dd(\"b\"))"},
+      {"<a href=1>x<a href=2>y", "body(a[href=1](\"x\"),a[href=2](\"y\"))"},
+      {"<a>x<b>y<a>z", "body(a(\"x\",b(\"y\")),a(\"z\"))"},
+      {"<a><table><td><a>x</table>", "body(a(table(tr(td(a(\"x\"))))))"},  // a cell lies between
+      {"<head><meta a=1><title>t</title><p>x", "body(head(meta[a=1],title(\"t\")),p(\"x\"))"},
+      {"<html><head><link><div>x</div><body>y", "\"\"(html(head(link),div(\"x\"),body(\"y\")))"},
+      {"<head><body>x", "\"\"(head,body(\"x\"))"},
+      {"<th>a<th>b", "body(th(\"a\",th(\"b\")))"},  // no row around
+      {"<p><textarea>a<tfoot>b", "body(p(textarea(\"a\",tfoot(\"b\"))))"},
+  };
+  ExpectTrees(cases);
+}
+
+TEST(HtmlBuilder, TableRepairs) {
+  const TCase cases[] = {
+      // Cells get a row; no tbody is ever invented.
+      {"<table><td>x", "body(table(tr(td(\"x\"))))"},
+      {"<table><th>a<td>b", "body(table(tr(th(\"a\"),td(\"b\"))))"},
+      {"<table><tr><td>a<td>b<tr><td>c</table>", "body(table(tr(td(\"a\"),td(\"b\")),tr(td(\"c\"))))"},
+      {"<table><thead><tr><th>h<tbody><tr><td>x</table>",
+       "body(table(thead(tr(th(\"h\"))),tbody(tr(td(\"x\")))))"},
+      {"<table><caption>c<tr><td>x</table>", "body(table(caption(\"c\"),tr(td(\"x\"))))"},
+      {"<table><tr><td>a<tr>b", "body(table(tr(td(\"a\")),tr(\"b\")))"},
+      {"<table><table>x", "body(table,table(\"x\"))"},
+      {"<table><tr><td><table><tr><td>x</table>y</table>z",
+       "body(table(tr(td(table(tr(td(\"x\"))),\"y\"))),\"z\")"},
+      // A p in a table: a row, and in it a cell named tr.
+      {"<table><p>x", "body(table(tr(tr(p(\"x\")))))"},
+      {"<table><tbody><p>x</tbody></table>", "body(table(tbody(tr(tr(p(\"x\"))))))"},
+      // Content ending inside a table moves behind it.
+      {"<table><div>x</div></table>", "body(table,div(\"x\"))"},
+      {"<table><tr><b>x</b></tr></table>", "body(table(tr),b(\"x\"))"},  // a row takes no b
+      {"<div>a<table><tr><i>x</i></table>b</div>", "body(div(\"a\",table(tr),i(\"x\"),\"b\"))"},
+      // Closed-at-once content in a tbody stands just before the table.
+      {"<table><tbody><img></tbody></table>", "body(img,table(tbody))"},
+      {"<div><table><tbody><br><tr><td>x</table></div>", "body(div(br,table(tbody(tr(td(\"x\"))))))"},
+      // Text directly in a row stays there.
+      {"<table><tr>x</tr></table>", "body(table(tr(\"x\")))"},
+      // Block content in a row goes into its last cell.
+      {"<table><tr><td>a</td><div>b</div></tr></table>z", "body(table(tr(td(\"a\",div(\"b\")))),\"z\")"},
+      {"<table><tr><td>a</td><span>s</span></table>", "body(table(tr(td(\"a\",span(\"s\")))))"},
+      {"<table><tr><th>a</th><p>b</table>", "body(table(tr(th(\"a\",p(\"b\")))))"},
+      {"<tr><td>x<p>y", "body(tr(td(\"x\",p(\"y\"))))"},
+  };
+  ExpectTrees(cases);
+}
+
+TEST(HtmlBuilder, MisnestedEndTags) {
+  const TCase cases[] = {
+      // Formatting elements closed early reopen at the next item.
+      {"<b><i>x</b>y</i>", "body(b(i(\"x\")),i(\"y\"))"},
+      {"<i><b><u>x</i>y", "body(i(b(u(\"x\"))),b(u(\"y\")))"},
+      {"<p><b>x</p>y", "body(p(b(\"x\")),b(\"y\"))"},
+      {"<div><b>x</div><p>y", "body(div(b(\"x\")),b(p(\"y\")))"},
+      {"<b><i>x</b></i>y", "body(b(i(\"x\")),\"y\")"},  // the i ended, and is not reopened
+      {"<b>1<p>2</b>3</p>4", "body(b(\"1\",p(\"2\")),\"3\",\"4\")"},
+      // Stray end tags are ignored; no empty element is made.
+      {"</p>x", "body(\"x\")"},
+      {"a</b>b</td>c</table>d", "body(\"a\",\"b\",\"c\",\"d\")"},
+      {"<div><span>a<div>b</span>c</div>", "body(div(span(\"a\",div(\"b\",\"c\"))))"},
+      {"<div>a<table><tr><td>b</div>c</td></tr></table>", "body(div(\"a\",table(tr(td(\"b\",\"c\")))))"},
+      {"<b><table><td>x</b>y</table>", "body(b(table(tr(td(\"x\",\"y\")))))"},
+      {"<table><tr><td><p>x</tr>y", "body(table(tr(td(p(\"x\"))),\"y\"))"},
+      {"<table><tr><td>x</p>y", "body(table(tr(td(\"x\",\"y\"))))"},  // </p> stops at the table
+      {"<body><b>x</body>y", "\"\"(body(b(\"x\",\"y\")))"},  // body is never closed
+  };
+  ExpectTrees(cases);
+}
+
+TEST(HtmlBuilder, BlockItems) {
+  const TCase cases[] = {
+      {"<!DOCTYPE html><p>a<!--c--><?xml v?><![CDATA[d]]>", "body(p(\"a\",!{c},?{xml v},#cdata{d}))"},
+      {"<p>a<script type=x>if (a<b) x()</script><style>p{}</style>",
+       "body(p(\"a\",script{if (a<b) x()}[type=x],style{p{}}))"},
+      {"<br><img src=a><hr/>x", "body(br,img[src=a],hr,\"x\")"},
+      {"<div/>x", "body(div,\"x\")"},
+      {"", "body"},
+  };
+  ExpectTrees(cases);
+  THtmlNode doc;
+  doc.Parse(u"<!--c--><?p?>");
+  EXPECT_EQ(doc.GetNode(0)->TagType, htComment);
+  EXPECT_EQ(doc.GetNode(1)->TagType, htDirective);
+  doc.Parse(u"<script>x</script><![CDATA[y]]>t");
+  EXPECT_EQ(doc.GetNode(0)->TagType, htScript);
+  EXPECT_EQ(doc.GetNode(1)->TagType, htCData);
+  EXPECT_EQ(doc.GetNode(1)->FTag, hstring());
+  EXPECT_EQ(doc.GetNode(2)->TagType, htUnknown);  // text
+  EXPECT_EQ(doc.FindNode(u"script"), doc.GetNode(0));
+}
+
+// Records AfterParse calls.
+class TRec : public THtmlNode {
+  HT_NODE_CLASS(TRec)
+public:
+  static std::vector<std::string>& Log() {
+    static std::vector<std::string> log;
+    return log;
+  }
+  void AfterParse() override {
+    Log().push_back(FTag.empty() ? "root" : FTag.toUtf8() + (GetCount() ? "" : "/" + TextContent().toUtf8()));
+  }
+};
+
+TEST(HtmlBuilder, AfterParseOrder) {
+  struct {
+    const char* html;
+    std::vector<std::string> calls;
+  } cases[] = {
+      // p ended by an implied end tag and void elements get no call.
+      {"<div><p>a<p>b</div><br>", {"p", "div", "root"}},
+      {"<ul><li>a</li><li>b", {"li", "li", "ul", "root"}},
+      {"<b><i>x</b>y", {"i", "b", "i", "root"}},
+      {"<table><div>x</div></table>", {"div", "table/", "root"}},
+      {"<p>a<div>b", {"div", "root"}},
+  };
+  for (auto& c : cases) {
+    TRec doc;
+    TRec::Log().clear();
+    doc.Parse(hstring::FromUtf8(c.html));
+    EXPECT_EQ(TRec::Log(), c.calls) << c.html;
+  }
+}
+
+TEST(HtmlBuilder, DepthLimitAttachesHigher) {
+  std::string html;
+  for (int i = 0; i < 300; ++i)
+    html += "<div>" + std::to_string(i);
+  THtmlNode doc;
+  doc.Parse(hstring::FromUtf8(html));
+  EXPECT_EQ(CheckTree(&doc), "");
+  int max_depth = 0, texts = 0, divs = 0;
+  std::string joined;
+  for (THtNode* n = &doc; n; n = n->NextNode()) {
+    int d = 0;
+    for (THtNode* p = n; p->FParent; p = p->FParent)
+      ++d;
+    max_depth = std::max(max_depth, d);
+    if (n->FTag == u"div")
+      ++divs;
+    else if (n != &doc) {
+      ++texts;
+      joined += n->FContent.toUtf8() + " ";
+    }
+  }
+  EXPECT_EQ(divs, 300);
+  EXPECT_EQ(texts, 300);
+  EXPECT_EQ(joined.substr(0, 10), "0 1 2 3 4 ");  // all text in document order
+  EXPECT_EQ(joined.substr(joined.size() - 8), "298 299 ");
+  EXPECT_EQ(max_depth, 257);  // a div at depth 256 holds its text
+  // The first 255 levels nest as written.
+  THtNode* n = &doc;
+  for (int i = 0; i < 255; ++i) {
+    n = n->FirstChildTag();
+    ASSERT_NE(n, nullptr);
+    ASSERT_EQ(n->FirstChild()->FContent, hstring(std::to_string(i)));
+  }
+}
+
+TEST(HtmlBuilder, HostileInputsFinish) {
+  struct {
+    std::string html;
+    int min_nodes;
+  } cases[] = {
+      {[] {
+         std::string s;
+         for (int i = 0; i < 20000; ++i)
+           s += "<div>";
+         return s;
+       }(),
+       20000},
+      {[] {
+         std::string s;
+         for (int i = 0; i < 20000; ++i)
+           s += "<b><i>x</b>";
+         return s;
+       }(),
+       20000},
+      {[] {
+         std::string s;
+         for (int i = 0; i < 20000; ++i)
+           s += "<table><tr><td>";
+         return s;
+       }(),
+       20000},
+      {[] {
+         std::string s;
+         for (int i = 0; i < 2000; ++i)
+           s += "<div><div><b><i><u><s>x</div>";
+         return s;
+       }(),
+       2000},
+      {"<p>x<!--" + std::string(50000, 'y'), 2},
+      {"<p>x<script>" + std::string(50000, '<'), 2},
+      {"<p a=\"" + std::string(50000, 'y'), 1},
+  };
+  for (auto& c : cases) {
+    THtmlNode doc;
+    doc.Parse(hstring::FromUtf8(c.html));
+    EXPECT_EQ(CheckTree(&doc), "");
+    int count = 0;
+    for (THtNode* n = &doc; n; n = n->NextNode())
+      ++count;
+    EXPECT_GE(count, c.min_nodes) << c.html.substr(0, 40);
+  }
+}
+
+TEST(HtmlBuilder, ParseEntryPoint) {
+  THtmlNode doc;
+  doc.Parse(u"<p>x");
+  EXPECT_EQ(doc.FTag, u"body");  // no body and no html below the root
+  EXPECT_EQ(doc.TagType, htIdent);
+  doc.SetTag(hstring());
+  doc.Parse(u"<body><p>y</body>");
+  EXPECT_EQ(doc.FTag, hstring());
+  EXPECT_EQ(DumpNode(&doc), "\"\"(body(p(\"y\")))");  // the first parse's nodes are gone
+
+  // A node below a parent keeps its tag and parses into its children.
+  THtmlNode root(u"root");
+  THtNode* div = root.AddChild(NodeClass<THtmlNode>());
+  div->SetTag(u"div");
+  static_cast<THtmlNode*>(div)->Parse(u"<i>a</i>b");
+  EXPECT_EQ(DumpNode(&root), "root(div(i(\"a\"),\"b\"))");
+}
+
+TEST(HtmlBuilder, InnerAndOuterHtml) {
+  THtmlNode doc;
+  doc.Parse(u"<div id=a><b>old</b></div><table id=t></table><ul></ul>");
+  auto* div = static_cast<THtmlNode*>(doc.FindNode(u"div"));
+  div->SetInnerHTML(u"<p>x<p>y");
+  EXPECT_EQ(DumpNode(div), "div[id=a](p(\"x\"),p(\"y\"))");
+  div->SetInnerHTML(u"t</td>u<b>v</div>w");  // end tags cannot reach outside
+  EXPECT_EQ(DumpNode(div), "div[id=a](\"t\",\"u\",b(\"v\",\"w\"))");
+  div->SetInnerHTML(hstring());
+  EXPECT_EQ(DumpNode(div), "div[id=a]");
+
+  auto* table = static_cast<THtmlNode*>(doc.FindNode(u"table"));
+  table->SetInnerHTML(u"<tr><td>1</td></tr>");
+  EXPECT_EQ(DumpNode(table), "table[id=t](tr(td(\"1\")))");
+  table->SetInnerHTML(u"<td>2");
+  EXPECT_EQ(DumpNode(table), "table[id=t](tr(td(\"2\")))");
+
+  auto* ul = static_cast<THtmlNode*>(doc.FindNode(u"ul"));
+  ul->SetOuterHTML(u"<!DOCTYPE x> \n<ol start=3><li>a<li>b</ol>");
+  EXPECT_EQ(DumpNode(ul), "ol[start=3](li(\"a\"),li(\"b\"))");
+  EXPECT_EQ(CheckTree(&doc), "");
+
+  THtmlNode* first = div->AddHTML(u"<i>1</i><i>2</i>");
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(DumpNode(first), "i(\"1\")");
+  EXPECT_EQ(DumpNode(div), "div[id=a](i(\"1\"),i(\"2\"))");
+  EXPECT_EQ(div->AddHTML(hstring()), nullptr);
+  EXPECT_EQ(div->GetCount(), 2);
+  EXPECT_EQ(CheckTree(&doc), "");
+}
+
+TEST(HtmlBuilder, InnerTextAndAttributeText) {
+  THtmlNode div(u"div");
+  div.SetInnerText(u"a");
+  EXPECT_EQ(DumpNode(&div), "div(\"a\")");
+  THtNode* text = div.FirstChild();
+  div.AddHTML(u"<b>x</b>y");
+  div.SetInnerText(u"b");  // the leading text node stays, all others go
+  EXPECT_EQ(div.FirstChild(), text);
+  EXPECT_EQ(DumpNode(&div), "div(\"b\")");
+  div.SetInnerHTML(u"<i>z</i>w");
+  div.SetInnerText(u"c");
+  EXPECT_EQ(DumpNode(&div), "div(\"c\")");
+
+  THtmlNode n(u"x");
+  n.ParseAttributes(u"b=2 A=\"1\" c");
+  EXPECT_EQ(DumpNode(&n), "x[a=1 b=2 c=c]");
+  n.ParseAttributes(hstring());  // no attributes: nothing changes
+  EXPECT_EQ(DumpNode(&n), "x[a=1 b=2 c=c]");
+}
+
+TEST(HtmlBuilder, TreeMoves) {
+  THtmlNode doc;
+  doc.Parse(u"<div><i>1</i><b>2</b><u>3</u></div><p>");
+  auto* div = static_cast<THtmlNode*>(doc.FindNode(u"div"));
+  auto* p = static_cast<THtmlNode*>(doc.FindNode(u"p"));
+  div->MoveNode(div->GetNode(0), div->GetNode(2));
+  EXPECT_EQ(DumpNode(div), "div(u(\"3\"),i(\"1\"),b(\"2\"))");
+  EXPECT_EQ(CheckTree(&doc), "");
+  div->MoveChildrento(p, -1);
+  EXPECT_EQ(DumpNode(&doc), "body(div,p(u(\"3\"),i(\"1\"),b(\"2\")))");
+  p->MoveChildrento(div, 0);
+  p->MoveChildrentoParent(false);
+  EXPECT_EQ(CheckTree(&doc), "");
+  div->MoveChildrentoParent(true);
+  EXPECT_EQ(DumpNode(&doc), "body(u(\"3\"),i(\"1\"),b(\"2\"),div,p)");
+  EXPECT_EQ(CheckTree(&doc), "");
+  // Moving an ancestor of the target into it is refused.
+  doc.MoveChildrento(doc.FindNode(u"u")->FirstChild(), -1);
+  EXPECT_EQ(CheckTree(&doc), "");
+
+  doc.Parse(u"<datapacket id=7><row><!--c--></row></datapacket><datapacket>x");
+  doc.EnumerateElements();
+  EXPECT_EQ(DumpNode(&doc), "body[_id=0](datapacket[_id=1 id=7](row[_id=2](!{c})),datapacket[_id=3 id=3](\"x\"))");
+}
+
+}  // namespace
+}  // namespace ht
