@@ -106,7 +106,7 @@ int THtNodeList::IndexOf(const THtNode* Node) const { return THtObjectList::Inde
 
 // Sets FNextSibling of the item at Index and of the one before it.
 void THtNodeList::Relink(int Index) {
-  if (!OwnsObjects || Index < 0 || Index >= Count())
+  if (!OwnsObjects() || Index < 0 || Index >= Count())
     return;
   THtNode* n = Item(Index);
   n->FNextSibling = Index + 1 < Count() ? Item(Index + 1) : nullptr;
@@ -130,7 +130,7 @@ void THtNodeList::Insert(int Index, THtNode* Item) {
 void THtNodeList::Delete(int Index) {
   if (Index < 0 || Index >= Count())
     throw EListError(std::string_view("SListIndexError"));
-  if (OwnsObjects) {
+  if (OwnsObjects()) {
     THtNode* prev = Index > 0 ? Item(Index - 1) : nullptr;
     THtNode* next = Index + 1 < Count() ? Item(Index + 1) : nullptr;
     if (prev)
@@ -144,7 +144,7 @@ bool THtNodeList::RemoveItem(THtNode* Item) {
   int i = IndexOf(Item);
   if (i < 0)
     return false;
-  if (OwnsObjects) {
+  if (OwnsObjects()) {
     THtNode* prev = i > 0 ? this->Item(i - 1) : nullptr;
     if (prev)
       prev->FNextSibling = Item->FNextSibling;
@@ -168,7 +168,7 @@ void THtNodeList::Move(int CurIndex, int NewIndex) {
   if (CurIndex == NewIndex)
     return;
   THtObjectList::Move(CurIndex, NewIndex);
-  if (OwnsObjects) {
+  if (OwnsObjects()) {
     int lo = std::min(CurIndex, NewIndex), hi = std::max(CurIndex, NewIndex);
     for (int i = std::max(lo - 1, 0); i <= hi; ++i)
       Item(i)->FNextSibling = i + 1 < Count() ? Item(i + 1) : nullptr;
@@ -178,22 +178,32 @@ void THtNodeList::Move(int CurIndex, int NewIndex) {
 // Each freed node frees its own subtree, without recursion.
 void THtNodeList::Clear() { THtObjectList::Clear(); }
 
+// Puts the items back in a new order, freeing and notifying nothing.
+void THtNodeList::Reorder(const std::vector<THtNode*>& Items) {
+  bool owns = OwnsObjects();
+  SetOwnsObjects(false);
+  for (int i = 0; i < Count(); ++i)
+    Put(i, Items[static_cast<size_t>(i)]);
+  SetOwnsObjects(owns);
+  SetSiblings();
+}
+
 void THtNodeList::ClearNoFree() {
-  bool owns = OwnsObjects;
-  OwnsObjects = false;
+  bool owns = OwnsObjects();
+  SetOwnsObjects(false);
   THtObjectList::Clear();
-  OwnsObjects = owns;
+  SetOwnsObjects(owns);
 }
 
 void THtNodeList::SetSiblings() {
-  if (!OwnsObjects)
+  if (!OwnsObjects())
     return;
   for (int i = 0; i < Count(); ++i)
     Item(i)->FNextSibling = i + 1 < Count() ? Item(i + 1) : nullptr;
 }
 
 void THtNodeList::ReplaceItems(std::vector<THtNode*>&& Items) {
-  HT_ASSERT(!OwnsObjects);
+  HT_ASSERT(!OwnsObjects());
   THtObjectList::Clear();
   for (THtNode* n : Items)
     THtObjectList::Add(n);
@@ -255,7 +265,7 @@ THtNodeList& THtNodeList::SetText(const hstring& Value) {
 }
 
 THtNodeList& THtNodeList::Remove() {
-  HT_ASSERT(!OwnsObjects);
+  HT_ASSERT(!OwnsObjects());
   std::vector<THtNode*> items;
   for (THtNode* n : *this)
     items.push_back(n);
@@ -413,9 +423,7 @@ THtNodeList& THtNodeList::SortbyAttr(const hstring& AttrName, THtSortCompareType
   std::vector<THtNode*> items(begin(), end());
   std::stable_sort(items.begin(), items.end(),
                    [&](THtNode* a, THtNode* b) { return Asc ? compare(a, b) < 0 : compare(a, b) > 0; });
-  for (int i = 0; i < Count(); ++i)
-    Put(i, items[static_cast<size_t>(i)]);
-  SetSiblings();
+  Reorder(items);
   return *this;
 }
 
@@ -425,9 +433,7 @@ THtNodeList& THtNodeList::SortElements(const hstring& Compare, bool Asc) {
     int r = a->ScriptCompare(Compare, b);
     return Asc ? r < 0 : r > 0;
   });
-  for (int i = 0; i < Count(); ++i)
-    Put(i, items[static_cast<size_t>(i)]);
-  SetSiblings();
+  Reorder(items);
   return *this;
 }
 

@@ -45,7 +45,7 @@ TEST(NodeList, RefCountedResultsShareAndFree) {
   {
     IHtNodeList list = THtNodeList::CreateRef();
     EXPECT_EQ(list->RefCount(), 1);
-    EXPECT_FALSE(list->OwnsObjects);
+    EXPECT_FALSE(list->OwnsObjects());
     list->Add(a);
     copy = list;
     EXPECT_EQ(list->RefCount(), 2);

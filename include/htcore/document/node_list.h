@@ -114,7 +114,7 @@ public:
   // Moves the item at CurIndex to NewIndex.
   void Move(int CurIndex, int NewIndex);
   int IndexOf(const THtNode* Node) const;
-  void Clear();
+  void Clear() override;
   // Empties the list without freeing its nodes, owning or not.
   void ClearNoFree();
   // Recomputes FNextSibling of every item (owning lists only).
@@ -159,6 +159,7 @@ private:
   THtNode* Item(int Index) const noexcept;
   void Relink(int Index);
   void ReplaceItems(std::vector<THtNode*>&& Items);
+  void Reorder(const std::vector<THtNode*>& Items);
 
   int FRefCount = 0;
   bool FIsRefCounted;
