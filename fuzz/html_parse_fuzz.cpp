@@ -1,0 +1,75 @@
+// Builds HTML trees from arbitrary bytes and checks the tree's links.
+// The first byte picks the entry point: bytes of unknown encoding, UTF-16
+// units, or inner/outer HTML of a node inside an existing document.
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "htcore/document/html_node.h"
+
+namespace {
+
+void Check(bool ok) {
+  if (!ok)
+    __builtin_trap();
+}
+
+// Every child knows its parent, sibling links follow the lists, and the
+// builder never nests deeper than its limit allows.
+void CheckTree(ht::THtNode* root) {
+  for (ht::THtNode* n = root; n; n = n->NextNode()) {
+    int count = n->GetCount();
+    for (int i = 0; i < count; ++i) {
+      ht::THtNode* c = n->GetNode(i);
+      Check(c->FParent == n);
+      Check(c->FNextSibling == (i + 1 < count ? n->GetNode(i + 1) : nullptr));
+    }
+    int depth = 0;
+    for (ht::THtNode* p = n; p->FParent; p = p->FParent)
+      ++depth;
+    Check(depth < 1000);
+  }
+}
+
+ht::hstring Units(const uint8_t* data, size_t size) {
+  ht::hstring s;
+  char16_t* p = s.SetLength(size / 2);
+  if (p)
+    std::memcpy(p, data, size / 2 * 2);
+  return s;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size == 0 || size > 200000)
+    return 0;
+  uint8_t mode = data[0] % 5;
+  ++data;
+  --size;
+  ht::THtmlNode doc;
+  switch (mode) {
+  case 0:
+    doc.ParseBytes(data, size);
+    break;
+  case 1:
+    doc.Parse(Units(data, size));
+    break;
+  default: {
+    doc.Parse(u"<div><table><tr><td><ul><li>x</ul></table><p>y</div>");
+    auto* target = dynamic_cast<ht::THtmlNode*>(doc.FindNode(mode == 2 ? u"td" : u"ul"));
+    Check(target != nullptr);
+    ht::hstring text = ht::hstring::FromUtf8(std::string_view(reinterpret_cast<const char*>(data), size));
+    if (mode == 2)
+      target->SetInnerHTML(text);
+    else if (mode == 3)
+      target->SetOuterHTML(text);
+    else
+      target->AddHTML(text);
+    break;
+  }
+  }
+  CheckTree(&doc);
+  doc.TextContent();
+  return 0;
+}
