@@ -3,11 +3,28 @@
 #include <string>
 #include <vector>
 
+#include "htcore/foundation/codepage.h"
+
 namespace ht {
 
 namespace {
 
 bool IsTextNode(const THtNode* n) { return n->FTag.empty() && n->TagType == htUnknown; }
+
+// ASCII reads the same in every code page the parser switches to.
+bool IsAscii(const hstring& s) {
+  for (char16_t c : s)
+    if (c >= 0x80)
+      return false;
+  return true;
+}
+
+void Recode(hstring& s, int codepage) {
+  if (IsAscii(s))
+    return;
+  RawByteString bytes = HtUnicodeToCodePage(s.view(), CP_ACP);
+  s = HtCodePageToUnicode(bytes.c_str(), bytes.size(), codepage);
+}
 
 }  // namespace
 
@@ -58,6 +75,27 @@ void THtmlNode::MoveChildrentoParent(bool ABefore) {
     c->SetParent(FParent);
   }
   FNodes->ClearNoFree();
+}
+
+void THtmlNode::ChangeEncoding(THtmlEncoding NewEncoding, uint32_t Codepage) {
+  if (NewEncoding != heUTF8 && NewEncoding != heANSI)
+    return;
+  int codepage = NewEncoding == heUTF8 ? CP_UTF8 : static_cast<int>(Codepage);
+  THtNode* stop = nullptr;
+  for (THtNode* n = this; n; n = n->FParent)
+    if (n->FNextSibling) {
+      stop = n->FNextSibling;
+      break;
+    }
+  for (THtNode* n = this; n && n != stop; n = n->NextNode()) {
+    Recode(n->FContent, codepage);
+    if (n->FAttributes)
+      for (int i = 0; i < n->FAttributes->Count; ++i) {
+        hstring value = n->FAttributes->GetValue(i);
+        Recode(value, codepage);
+        n->FAttributes->SetValue(i, value);
+      }
+  }
 }
 
 void THtmlNode::CSS(const hstring&) {}

@@ -294,6 +294,22 @@ TEST(HtmlBuilder, ParseBytesDetectsTheEncoding) {
   EXPECT_EQ(DumpNode(&empty), "body");
 }
 
+TEST(HtmlBuilder, ChangeEncodingRecodesTheSubtree) {
+  THtmlNode doc;
+  // UTF-8 bytes of "é" read as code page 1252, in a text and an attribute.
+  doc.Parse(u"<p t=\u00C3\u00A9>\u00C3\u00A9<b>x\u00C3\u00A9</b></p><i>\u00C3\u00A9</i>");
+  auto* p = static_cast<THtmlNode*>(doc.FindNode(u"p"));
+  p->ChangeEncoding(heUTF8, 0);
+  EXPECT_EQ(DumpNode(p), "p[t=\xC3\xA9](\"\xC3\xA9\",b(\"x\xC3\xA9\"))");
+  EXPECT_EQ(doc.FindNode(u"i")->TextContent(), u"\u00C3\u00A9");  // outside the subtree
+  p->SetInnerText(u"\u00C0");  // byte C0: "А" in 1251
+  p->ChangeEncoding(heANSI, 1251);
+  EXPECT_EQ(p->TextContent(), u"\u0410");
+  p->ChangeEncoding(heUTF16, 0);  // other encodings leave texts alone
+  p->ChangeEncoding(heDefault, 0);
+  EXPECT_EQ(p->TextContent(), u"\u0410");
+}
+
 TEST(HtmlBuilder, InnerAndOuterHtml) {
   THtmlNode doc;
   doc.Parse(u"<div id=a><b>old</b></div><table id=t></table><ul></ul>");

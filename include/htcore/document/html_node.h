@@ -18,11 +18,11 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "htcore/document/html_parser.h"
 #include "htcore/document/node.h"
 
 namespace ht {
 
-class THtmlParser;
 class TFastString;
 
 class THtmlNode : public THtNode {
@@ -71,6 +71,10 @@ public:
   // Decodes bytes of unknown encoding, then parses: a byte-order mark, a meta
   // charset in the first kilobyte, valid UTF-8, else the system code page.
   void ParseBytes(const void* Data, size_t Len);
+  // Recodes the texts of this subtree after an encoding declaration: each
+  // text is narrowed by the system code page and decoded as UTF-8 (heUTF8)
+  // or in Codepage (heANSI). Other encodings leave the texts alone.
+  void ChangeEncoding(THtmlEncoding NewEncoding, uint32_t Codepage);
 
   hstring GetId() const { return GetAttribute(u"id"); }
   void SetId(const hstring& Value) { SetAttribute(u"id", Value); }
