@@ -55,7 +55,8 @@ TEST(NodeList, RefCountedResultsShareAndFree) {
   }
   EXPECT_EQ(copy->RefCount(), 1);
   EXPECT_EQ(copy->FirstNode(), a);
-  copy = copy;  // self-assignment keeps the list
+  IHtNodeList& alias = copy;
+  copy = alias;  // self-assignment keeps the list
   EXPECT_EQ(copy->GetCount(), 1);
   copy.reset();  // frees the list, never the node
   EXPECT_EQ(root.GetCount(), 1);

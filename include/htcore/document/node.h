@@ -44,8 +44,11 @@ THtNodeClass NodeClass() noexcept {
   return &info;
 }
 
-// Declares the class of a node type; one line in each class body:
-//   class TMyDiv : public ht::THtmlNode { HT_NODE_CLASS(TMyDiv) ... };
+// Declares the class of a node type; one line at the top of each class body
+// (it leaves the body in private access, as a class body starts):
+//   class TMyDiv : public ht::THtmlNode { HT_NODE_CLASS(TMyDiv) public: ... };
+// A root without it fails with "Assertion failure" in GetElementClass rather
+// than filling its tree with nodes of its base class.
 #define HT_NODE_CLASS(T)                                                                                     \
 public:                                                                                                      \
   ::ht::THtNodeClass ClassType() const override { return ::ht::NodeClass<T>(); }                             \
