@@ -2,12 +2,11 @@
 // all), and (with HTCORE_PEERS) libxml2's HTML parser building its own tree
 // from the same page in UTF-8. Both include freeing the tree. The ratio is
 // printed as a counter on the htcore run.
-#include <benchmark/benchmark.h>
+#include "htcore/document/html_node.h"
 
+#include <benchmark/benchmark.h>
 #include <chrono>
 #include <string>
-
-#include "htcore/document/html_node.h"
 
 #ifdef HTCORE_PEERS
 #include <libxml/HTMLparser.h>
@@ -24,7 +23,8 @@ std::string make_page(int rows) {
          "><a href=\"/items/" + std::to_string(i) + "?q=a&amp;b=c\" title='Item'>Item " + std::to_string(i) +
          "</a> <span data-x=1 hidden>caf\xC3\xA9 &nbsp;&lt;tag&gt; text, more text</span><br/>\n"
          "<!-- row " +
-         std::to_string(i) + " --><p>Paragraph with <b>bold</b> and <i>italic</i> words &#x2014; end.<p>Second"
+         std::to_string(i) +
+         " --><p>Paragraph with <b>bold</b> and <i>italic</i> words &#x2014; end.<p>Second"
          "<ul><li>one<li>two</ul><table><tr><td>a<td>b</table></div>\n";
   }
   s += "<script>var a = 1 < 2 && 3 > 2;</script></body></html>\n";
@@ -36,7 +36,7 @@ const std::string& page() {
   return p;
 }
 
-double g_peer_seconds = 0;  // per iteration, from the peer run
+double g_peer_seconds = 0; // per iteration, from the peer run
 
 #ifdef HTCORE_PEERS
 void BM_Libxml2HtmlTree(benchmark::State& state) {
@@ -72,7 +72,7 @@ void BM_HtcoreParseTree(benchmark::State& state) {
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(page().size()));
   state.counters["nodes"] = static_cast<double>(nodes);
   if (g_peer_seconds > 0)
-    state.counters["x_libxml2"] = g_peer_seconds / seconds;  // above 1: faster than the peer
+    state.counters["x_libxml2"] = g_peer_seconds / seconds; // above 1: faster than the peer
 }
 BENCHMARK(BM_HtcoreParseTree)->Unit(benchmark::kMillisecond);
 
@@ -102,6 +102,6 @@ void BM_HtcoreDeepMisnesting(benchmark::State& state) {
 }
 BENCHMARK(BM_HtcoreDeepMisnesting)->Unit(benchmark::kMillisecond);
 
-}  // namespace
+} // namespace
 
 BENCHMARK_MAIN();

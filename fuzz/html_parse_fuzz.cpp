@@ -1,11 +1,11 @@
 // Builds HTML trees from arbitrary bytes and checks the tree's links.
 // The first byte picks the entry point: bytes of unknown encoding, UTF-16
 // units, or inner/outer HTML of a node inside an existing document.
+#include "htcore/document/html_node.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-
-#include "htcore/document/html_node.h"
 
 namespace {
 
@@ -39,7 +39,7 @@ ht::hstring Units(const uint8_t* data, size_t size) {
   return s;
 }
 
-}  // namespace
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0 || size > 200000)

@@ -10,7 +10,7 @@ const hstring& ContainerName(const void* Value) {
   return static_cast<const THtElementClassContainer*>(static_cast<const TObject*>(Value))->Name;
 }
 
-}  // namespace
+} // namespace
 
 TElementClasses::TElementClasses()
     : THtObjectDictionary(127, true, ContainerName), DefaultClass(NodeClass<THtmlNode>()) {}
@@ -35,4 +35,4 @@ THtNodeClass TElementClasses::GetElementClass(const hstring& Name) const {
   return UnknownClass ? UnknownClass : DefaultClass;
 }
 
-}  // namespace ht
+} // namespace ht

@@ -1,13 +1,13 @@
 // The HTML tree builder: one activation of InternalParse per open element,
 // with fixed repair rules for bad nesting.
-#include <climits>
-#include <string>
-
 #include "document/html_tag_sets.h"
+#include "document/node_codepage.h"
 #include "htcore/document/html_node.h"
 #include "htcore/document/html_parser.h"
-#include "htcore/foundation/codepage.h"
 #include "htcore/foundation/text_utils.h"
+
+#include <climits>
+#include <string>
 
 namespace ht {
 
@@ -71,10 +71,10 @@ THtmlNode* NewElement(THtmlNode* self, THtNode* parent, THtmlParser& HP, const h
 }
 
 // The parser's list of formatting elements closed early by a misnested end tag.
-int StackCount(THtmlParser& HP) { return HP.IncorrectStack->Count(); }
-THtNode* StackItem(THtmlParser& HP, int i) { return static_cast<THtNode*>(HP.IncorrectStack->Get(i)); }
-void StackDelete(THtmlParser& HP, int i) { HP.IncorrectStack->Delete(i); }
-void StackPush(THtmlParser& HP, THtNode* n) { HP.IncorrectStack->Add(n); }
+int StackCount(THtmlParser& HP) { return HP.IncorrectStack.Count(); }
+THtNode* StackItem(THtmlParser& HP, int i) { return static_cast<THtNode*>(HP.IncorrectStack.Get(i)); }
+void StackDelete(THtmlParser& HP, int i) { HP.IncorrectStack.Delete(i); }
+void StackPush(THtmlParser& HP, THtNode* n) { HP.IncorrectStack.Add(n); }
 
 // Moves a node to the end of new_parent's children.
 void MoveToEnd(THtNode* n, THtNode* new_parent) {
@@ -83,7 +83,7 @@ void MoveToEnd(THtNode* n, THtNode* new_parent) {
   n->FParent = new_parent;
 }
 
-}  // namespace
+} // namespace
 
 THtNode* THtmlNode::FloatUpTo(std::initializer_list<std::u16string_view> Tags, THtNode* Limit) {
   THtNode* prev = nullptr;
@@ -130,7 +130,7 @@ THtNode* THtmlNode::CheckTagOrder(const hstring& ATag, THtNode* Limit) {
     case tiTable:
       return self.Id == tiTable ? up_over(this, Bit(tiTable), true, Limit) : nullptr;
     default:
-      return nullptr;  // tfoot, textarea, ... imply no end
+      return nullptr; // tfoot, textarea, ... imply no end
     }
   }
   switch (tag.Id) {
@@ -145,7 +145,7 @@ THtNode* THtmlNode::CheckTagOrder(const hstring& ATag, THtNode* Limit) {
   case tiBody:
     return up_over(this, Bit(tiHead), false, Limit);
   case tiA:
-    return up_over(this, Bit(tiA), false, Limit);  // anchors never nest
+    return up_over(this, Bit(tiA), false, Limit); // anchors never nest
   default:
     break;
   }
@@ -157,7 +157,7 @@ THtNode* THtmlNode::CheckTagOrder(const hstring& ATag, THtNode* Limit) {
 }
 
 THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
-  ++HP.FStackLevel;  // the caller takes it back
+  ++HP.FStackLevel; // the caller takes it back
   THtNode* result = nullptr;
   if (!HP.RepeatCurrent) {
     if (!HP.Tag.empty() && FTag.empty())
@@ -220,7 +220,7 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
       }
       while (StackCount(HP) > noted)
         StackDelete(HP, StackCount(HP) - 1);
-      continue;  // a stray end tag is ignored
+      continue; // a stray end tag is ignored
     }
 
     // An open item. Formatting elements closed early reopen first, outermost first.
@@ -277,7 +277,7 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
       case htString:
         break;
       default:
-        continue;  // a doctype and the like leave no node
+        continue; // a doctype and the like leave no node
       }
 
       THtmlTagInfo self = HtmlTagInfo(this);
@@ -336,7 +336,7 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
               HP.RepeatCurrent = true;
               result = cell->InternalParse(HP);
               --HP.FStackLevel;
-              continue;  // no result rule here
+              continue; // no result rule here
             }
           } else {
             r = CheckTagOrder(HP.Tag, limit);
@@ -388,7 +388,7 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
     if (!result)
       continue;
     if (result->FParent == this) {
-      result = nullptr;  // the child was closed; this node takes the offered item
+      result = nullptr; // the child was closed; this node takes the offered item
       continue;
     }
     AfterParse();
@@ -505,13 +505,13 @@ hstring Utf16Bytes(const unsigned char* p, size_t len, bool big_endian) {
   return s;
 }
 
-}  // namespace
+} // namespace
 
 void THtmlNode::ParseBytes(const void* Data, size_t Len) {
   const auto* p = static_cast<const unsigned char*>(Data);
   const char* bytes = static_cast<const char*>(Data);
   if (Len >= 3 && p[0] == 0xEF && p[1] == 0xBB && p[2] == 0xBF) {
-    Parse(HtCodePageToUnicode(bytes + 3, Len - 3, CP_UTF8), true);
+    Parse(DecodeCodePage(bytes + 3, Len - 3, kCodePageUtf8), true);
     return;
   }
   if (Len >= 2 && ((p[0] == 0xFF && p[1] == 0xFE) || (p[0] == 0xFE && p[1] == 0xFF))) {
@@ -522,12 +522,12 @@ void THtmlNode::ParseBytes(const void* Data, size_t Len) {
   int scan = Len > INT_MAX ? INT_MAX : static_cast<int>(Len);
   int codepage = GetHTMLEncoding(p, scan);
   if (!codepage && IsUTF8Bytes(p, scan))
-    codepage = CP_UTF8;
+    codepage = kCodePageUtf8;
   if (codepage) {
-    Parse(HtCodePageToUnicode(bytes, Len, codepage), true);
+    Parse(DecodeCodePage(bytes, Len, codepage), true);
     return;
   }
-  Parse(HtCodePageToUnicode(bytes, Len, CP_ACP), false);
+  Parse(DecodeCodePage(bytes, Len, 0), false);
 }
 
-}  // namespace ht
+} // namespace ht

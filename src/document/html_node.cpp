@@ -1,9 +1,11 @@
 #include "htcore/document/html_node.h"
 
+#include "document/html_parser_internal.h"
+#include "document/htmlpars_start.h"
+#include "document/node_codepage.h"
+
 #include <string>
 #include <vector>
-
-#include "htcore/foundation/codepage.h"
 
 namespace ht {
 
@@ -22,11 +24,11 @@ bool IsAscii(const hstring& s) {
 void Recode(hstring& s, int codepage) {
   if (IsAscii(s))
     return;
-  RawByteString bytes = HtUnicodeToCodePage(s.view(), CP_ACP);
-  s = HtCodePageToUnicode(bytes.c_str(), bytes.size(), codepage);
+  RawByteString bytes = detail::NarrowToSystemCodePage(s.view());
+  s = detail::DecodeCodePage(bytes.c_str(), bytes.size(), codepage);
 }
 
-}  // namespace
+} // namespace
 
 THtmlNode::THtmlNode(const hstring& ATag) {
   SetTag(ATag);
@@ -80,7 +82,7 @@ void THtmlNode::MoveChildrentoParent(bool ABefore) {
 void THtmlNode::ChangeEncoding(THtmlEncoding NewEncoding, uint32_t Codepage) {
   if (NewEncoding != heUTF8 && NewEncoding != heANSI)
     return;
-  int codepage = NewEncoding == heUTF8 ? CP_UTF8 : static_cast<int>(Codepage);
+  int codepage = NewEncoding == heUTF8 ? detail::kCodePageUtf8 : static_cast<int>(Codepage);
   THtNode* stop = nullptr;
   for (THtNode* n = this; n; n = n->FParent)
     if (n->FNextSibling) {
@@ -157,4 +159,14 @@ void THtmlNode::MoveChildrento(THtNode* E, int Index) {
   }
 }
 
-}  // namespace ht
+namespace detail {
+
+void InstallNodeRecoder() {
+  g_recode_nodes = [](THtmlNode* Root, THtmlEncoding Encoding, uint32_t CodePage) {
+    Root->ChangeEncoding(Encoding, CodePage);
+  };
+}
+
+} // namespace detail
+
+} // namespace ht

@@ -1,8 +1,8 @@
 #include "document/html_tag_sets.h"
 
-#include <array>
-
 #include "htcore/foundation/hash.h"
+
+#include <array>
 
 namespace ht::detail {
 
@@ -91,7 +91,7 @@ constexpr TEntry kTags[] = {
     {u"u", {tiOther, tsFormatting}},
 };
 
-constexpr size_t kSlots = 256;  // more than twice the entries: short probes
+constexpr size_t kSlots = 256; // more than twice the entries: short probes
 
 struct TSlot {
   uint32_t Hash;
@@ -127,7 +127,7 @@ bool SameAsciiLower(std::u16string_view name, std::u16string_view lower) noexcep
   return true;
 }
 
-}  // namespace
+} // namespace
 
 THtmlTagInfo HtmlTagInfo(std::u16string_view name, uint32_t hash) noexcept {
   if (name.empty() || name.size() > 10)
@@ -148,4 +148,4 @@ THtmlTagInfo HtmlTagInfo(std::u16string_view name) noexcept {
   return HtmlTagInfo(name, RSHash(lower, static_cast<int>(name.size())));
 }
 
-}  // namespace ht::detail
+} // namespace ht::detail

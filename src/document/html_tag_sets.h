@@ -1,10 +1,10 @@
 // The element sets of the HTML tree builder, looked up by tag hash.
 #pragma once
 
+#include "htcore/document/node.h"
+
 #include <cstdint>
 #include <string_view>
-
-#include "htcore/document/node.h"
 
 namespace ht::detail {
 
@@ -59,4 +59,4 @@ inline THtmlTagInfo HtmlTagInfo(const THtNode* n) noexcept {
   return HtmlTagInfo(n->FTag.view(), static_cast<uint32_t>(n->FTagHash));
 }
 
-}  // namespace ht::detail
+} // namespace ht::detail

@@ -17,4 +17,4 @@ void THtmlNode::FastInnerText(TFastString&) {}
 
 void THtmlNode::FastFormattedHTML(TFastString&, int, int, bool&) {}
 
-}  // namespace ht
+} // namespace ht

@@ -1,8 +1,5 @@
 #include "htcore/document/node.h"
 
-#include <string>
-#include <vector>
-
 #include "htcore/foundation/convert.h"
 #include "htcore/foundation/date_time.h"
 #include "htcore/foundation/exception.h"
@@ -10,13 +7,14 @@
 #include "htcore/foundation/number_format.h"
 #include "htcore/foundation/text_utils.h"
 
+#include <string>
+#include <vector>
+
 namespace ht {
 
 namespace {
 
-bool IsElementTag(const hstring& tag) {
-  return !tag.empty() && tag[0] != u'!' && tag[0] != u'?';
-}
+bool IsElementTag(const hstring& tag) { return !tag.empty() && tag[0] != u'!' && tag[0] != u'?'; }
 
 // Strict decimal reader behind GetAttrI: blanks in front, one sign, digits.
 bool TryParseInt(std::u16string_view s, int& value) {
@@ -58,11 +56,11 @@ TDateTime ReadDate(const hstring& value, std::u16string_view mask) {
   try {
     return StrtoDateFmt(value.view(), mask);
   } catch (const EConvertError&) {
-    return 0;  // dates read leniently: a bad value is no date
+    return 0; // dates read leniently: a bad value is no date
   }
 }
 
-}  // namespace
+} // namespace
 
 THtNode::~THtNode() {
   delete FAttributes;
@@ -367,8 +365,8 @@ THtNode* THtNode::FindNodebyAttr(const hstring& NodeName, const hstring& AttrNam
                                  const hstring& AttrValue) const {
   THtNode* stop = SubtreeEnd(this);
   for (THtNode* n = FirstChild(); n && n != stop; n = n->NextNode())
-    if ((NodeName.empty() || n->FTag == NodeName) && n->FAttributes && n->FAttributes->HasAttribute(AttrName) &&
-        n->GetAttribute(AttrName) == AttrValue)
+    if ((NodeName.empty() || n->FTag == NodeName) && n->FAttributes &&
+        n->FAttributes->HasAttribute(AttrName) && n->GetAttribute(AttrName) == AttrValue)
       return n;
   return nullptr;
 }
@@ -394,7 +392,9 @@ hstring THtNode::GetAttribute(const hstring& Name) const {
   return FAttributes ? FAttributes->GetAttribute(Name) : hstring();
 }
 
-bool THtNode::HasAttribute(const hstring& Name) const { return FAttributes && FAttributes->HasAttribute(Name); }
+bool THtNode::HasAttribute(const hstring& Name) const {
+  return FAttributes && FAttributes->HasAttribute(Name);
+}
 
 bool THtNode::HasAttributeValue(const hstring& Name, const hstring& Value) const {
   int i = FAttributes ? FAttributes->Indexof(Name) : -1;
@@ -421,9 +421,7 @@ int THtNode::GetAttrI(const hstring& Name) const {
   return v;
 }
 
-void THtNode::SetAttrI(const hstring& Name, int Value) {
-  SetAttribute(Name, hstring(std::to_string(Value)));
-}
+void THtNode::SetAttrI(const hstring& Name, int Value) { SetAttribute(Name, hstring(std::to_string(Value))); }
 
 double THtNode::GetAttrF(const hstring& Name) const { return iStrtoFloat(GetAttribute(Name).view()); }
 
@@ -466,4 +464,4 @@ void THtNode::Exchange(THtNode* Node1, THtNode* Node2) {
     FNodes->Exchange(i1, i2);
 }
 
-}  // namespace ht
+} // namespace ht

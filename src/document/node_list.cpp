@@ -1,15 +1,15 @@
 #include "htcore/document/node_list.h"
 
+#include "htcore/document/html_node.h"
+#include "htcore/document/node.h"
+#include "htcore/foundation/convert.h"
+#include "htcore/foundation/exception.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <unordered_set>
-
-#include "htcore/document/html_node.h"
-#include "htcore/document/node.h"
-#include "htcore/foundation/convert.h"
-#include "htcore/foundation/exception.h"
 
 namespace ht {
 
@@ -36,10 +36,7 @@ double DateValue(const hstring& s) {
   }
 }
 
-template <class T>
-int Sign(T a, T b) {
-  return a < b ? -1 : (b < a ? 1 : 0);
-}
+template <class T> int Sign(T a, T b) { return a < b ? -1 : (b < a ? 1 : 0); }
 
 struct TSortKey {
   hstring Name;
@@ -48,7 +45,7 @@ struct TSortKey {
 
 THtmlNode* AsHtml(THtNode* n) { return dynamic_cast<THtmlNode*>(n); }
 
-}  // namespace
+} // namespace
 
 // --- Enumerator ---
 
@@ -437,4 +434,4 @@ THtNodeList& THtNodeList::SortElements(const hstring& Compare, bool Asc) {
   return *this;
 }
 
-}  // namespace ht
+} // namespace ht

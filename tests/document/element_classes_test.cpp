@@ -1,8 +1,7 @@
 #include "htcore/document/element_classes.h"
+#include "htcore/foundation/exception.h"
 
 #include <gtest/gtest.h>
-
-#include "htcore/foundation/exception.h"
 
 namespace ht {
 namespace {
@@ -19,7 +18,7 @@ class TMyText : public TMyNode {
 
 struct TMyClasses : TElementClasses {
   TMyClasses() {
-    Register<TMyDiv>(u"DIV");  // names are stored in lower case
+    Register<TMyDiv>(u"DIV"); // names are stored in lower case
     Register<TMyText>(u"");
     DefaultClass = NodeClass<TMyNode>();
   }
@@ -69,7 +68,7 @@ TEST(ElementClasses, LookupRules) {
   EXPECT_EQ(t.GetElementClass(hstring()), NodeClass<THtmlNode>());
   t.TextClass = NodeClass<TMyNode>();
   EXPECT_EQ(t.GetElementClass(hstring()), NodeClass<TMyNode>());
-  t.Register<TMyNode>(u"div");  // a second registration replaces the first
+  t.Register<TMyNode>(u"div"); // a second registration replaces the first
   EXPECT_EQ(t.GetElementClass(u"div"), NodeClass<TMyNode>());
 
   THtNode* made = THtNode::CreateNode(t.GetElementClass(u"p"));
@@ -96,7 +95,7 @@ TEST(ElementClasses, HostRootDecidesEveryClass) {
   }
   EXPECT_EQ(divs, 1);
   EXPECT_EQ(texts, 3);
-  EXPECT_EQ(others, 2);  // p and the comment
+  EXPECT_EQ(others, 2); // p and the comment
 
   // Nodes added later ask the same root.
   THtNode* div = doc.FindNode(u"div");
@@ -130,5 +129,5 @@ TEST(ElementClasses, ItemsWithoutClassAreSkipped) {
   EXPECT_EQ(p->TextContent(), u"ab");
 }
 
-}  // namespace
-}  // namespace ht
+} // namespace
+} // namespace ht

@@ -1,11 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "document/tree_dump.h"
 #include "htcore/document/html_node.h"
 #include "htcore/document/html_parser.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 namespace ht {
 namespace {
@@ -15,7 +14,7 @@ using test::DumpNode;
 
 struct TCase {
   const char* html;
-  const char* tree;  // dump of the parsed document
+  const char* tree; // dump of the parsed document
 };
 
 void ExpectTrees(const TCase* cases, size_t n) {
@@ -27,29 +26,26 @@ void ExpectTrees(const TCase* cases, size_t n) {
   }
 }
 
-template <size_t N>
-void ExpectTrees(const TCase (&cases)[N]) {
-  ExpectTrees(cases, N);
-}
+template <size_t N> void ExpectTrees(const TCase (&cases)[N]) { ExpectTrees(cases, N); }
 
 TEST(HtmlBuilder, ImpliedEndTags) {
   const TCase cases[] = {
       {"<p>a<p>b", "body(p(\"a\"),p(\"b\"))"},
       {"<p>a<div>b</div>", "body(p(\"a\"),div(\"b\"))"},
       {"<p>a<h1>b</h1><span>c", "body(p(\"a\"),h1(\"b\"),span(\"c\"))"},
-      {"<p>x<table>y", "body(p(\"x\",table(\"y\")))"},  // a table does not close a p
-      {"<li>a<li>b", "body(li(\"a\",li(\"b\")))"},      // no list around: the items nest
+      {"<p>x<table>y", "body(p(\"x\",table(\"y\")))"}, // a table does not close a p
+      {"<li>a<li>b", "body(li(\"a\",li(\"b\")))"},     // no list around: the items nest
       {"<ul><li>a<li>b</ul>", "body(ul(li(\"a\"),li(\"b\")))"},
       {"<ul><li>a<ul><li>b</ul><li>c</ul>", "body(ul(li(\"a\",ul(li(\"b\"))),li(\"c\")))"},
       {"<dl><dt>a<dd>b<dt>c<dd>d</dl>", "body(dl(dt(\"a\"),dd(\"b\"),dt(\"c\"),dd(\"d\")))"},
       {"<dd>a<dd>b", "body(dd(\"a\"),dd(\"b\"))"},
       {"<a href=1>x<a href=2>y", "body(a[href=1](\"x\"),a[href=2](\"y\"))"},
       {"<a>x<b>y<a>z", "body(a(\"x\",b(\"y\")),a(\"z\"))"},
-      {"<a><table><td><a>x</table>", "body(a(table(tr(td(a(\"x\"))))))"},  // a cell lies between
+      {"<a><table><td><a>x</table>", "body(a(table(tr(td(a(\"x\"))))))"}, // a cell lies between
       {"<head><meta a=1><title>t</title><p>x", "body(head(meta[a=1],title(\"t\")),p(\"x\"))"},
       {"<html><head><link><div>x</div><body>y", "\"\"(html(head(link),div(\"x\"),body(\"y\")))"},
       {"<head><body>x", "\"\"(head,body(\"x\"))"},
-      {"<th>a<th>b", "body(th(\"a\",th(\"b\")))"},  // no row around
+      {"<th>a<th>b", "body(th(\"a\",th(\"b\")))"}, // no row around
       {"<p><textarea>a<tfoot>b", "body(p(textarea(\"a\",tfoot(\"b\"))))"},
   };
   ExpectTrees(cases);
@@ -73,7 +69,7 @@ TEST(HtmlBuilder, TableRepairs) {
       {"<table><tbody><p>x</tbody></table>", "body(table(tbody(tr(tr(p(\"x\"))))))"},
       // Content ending inside a table moves behind it.
       {"<table><div>x</div></table>", "body(table,div(\"x\"))"},
-      {"<table><tr><b>x</b></tr></table>", "body(table(tr),b(\"x\"))"},  // a row takes no b
+      {"<table><tr><b>x</b></tr></table>", "body(table(tr),b(\"x\"))"}, // a row takes no b
       {"<div>a<table><tr><i>x</i></table>b</div>", "body(div(\"a\",table(tr),i(\"x\"),\"b\"))"},
       // Closed-at-once content in a tbody stands just before the table.
       {"<table><tbody><img></tbody></table>", "body(img,table(tbody))"},
@@ -96,7 +92,7 @@ TEST(HtmlBuilder, MisnestedEndTags) {
       {"<i><b><u>x</i>y", "body(i(b(u(\"x\"))),b(u(\"y\")))"},
       {"<p><b>x</p>y", "body(p(b(\"x\")),b(\"y\"))"},
       {"<div><b>x</div><p>y", "body(div(b(\"x\")),b(p(\"y\")))"},
-      {"<b><i>x</b></i>y", "body(b(i(\"x\")),\"y\")"},  // the i ended, and is not reopened
+      {"<b><i>x</b></i>y", "body(b(i(\"x\")),\"y\")"}, // the i ended, and is not reopened
       {"<b>1<p>2</b>3</p>4", "body(b(\"1\",p(\"2\")),\"3\",\"4\")"},
       // Stray end tags are ignored; no empty element is made.
       {"</p>x", "body(\"x\")"},
@@ -105,8 +101,8 @@ TEST(HtmlBuilder, MisnestedEndTags) {
       {"<div>a<table><tr><td>b</div>c</td></tr></table>", "body(div(\"a\",table(tr(td(\"b\",\"c\")))))"},
       {"<b><table><td>x</b>y</table>", "body(b(table(tr(td(\"x\",\"y\")))))"},
       {"<table><tr><td><p>x</tr>y", "body(table(tr(td(p(\"x\"))),\"y\"))"},
-      {"<table><tr><td>x</p>y", "body(table(tr(td(\"x\",\"y\"))))"},  // </p> stops at the table
-      {"<body><b>x</body>y", "\"\"(body(b(\"x\",\"y\")))"},  // body is never closed
+      {"<table><tr><td>x</p>y", "body(table(tr(td(\"x\",\"y\"))))"}, // </p> stops at the table
+      {"<body><b>x</body>y", "\"\"(body(b(\"x\",\"y\")))"},          // body is never closed
   };
   ExpectTrees(cases);
 }
@@ -129,7 +125,7 @@ TEST(HtmlBuilder, BlockItems) {
   EXPECT_EQ(doc.GetNode(0)->TagType, htScript);
   EXPECT_EQ(doc.GetNode(1)->TagType, htCData);
   EXPECT_EQ(doc.GetNode(1)->FTag, hstring());
-  EXPECT_EQ(doc.GetNode(2)->TagType, htUnknown);  // text
+  EXPECT_EQ(doc.GetNode(2)->TagType, htUnknown); // text
   EXPECT_EQ(doc.FindNode(u"script"), doc.GetNode(0));
 }
 
@@ -189,9 +185,9 @@ TEST(HtmlBuilder, DepthLimitAttachesHigher) {
   }
   EXPECT_EQ(divs, 300);
   EXPECT_EQ(texts, 300);
-  EXPECT_EQ(joined.substr(0, 10), "0 1 2 3 4 ");  // all text in document order
+  EXPECT_EQ(joined.substr(0, 10), "0 1 2 3 4 "); // all text in document order
   EXPECT_EQ(joined.substr(joined.size() - 8), "298 299 ");
-  EXPECT_EQ(max_depth, 257);  // a div at depth 256 holds its text
+  EXPECT_EQ(max_depth, 257); // a div at depth 256 holds its text
   // The first 255 levels nest as written.
   THtNode* n = &doc;
   for (int i = 0; i < 255; ++i) {
@@ -252,12 +248,12 @@ TEST(HtmlBuilder, HostileInputsFinish) {
 TEST(HtmlBuilder, ParseEntryPoint) {
   THtmlNode doc;
   doc.Parse(u"<p>x");
-  EXPECT_EQ(doc.FTag, u"body");  // no body and no html below the root
+  EXPECT_EQ(doc.FTag, u"body"); // no body and no html below the root
   EXPECT_EQ(doc.TagType, htIdent);
   doc.SetTag(hstring());
   doc.Parse(u"<body><p>y</body>");
   EXPECT_EQ(doc.FTag, hstring());
-  EXPECT_EQ(DumpNode(&doc), "\"\"(body(p(\"y\")))");  // the first parse's nodes are gone
+  EXPECT_EQ(DumpNode(&doc), "\"\"(body(p(\"y\")))"); // the first parse's nodes are gone
 
   // A node below a parent keeps its tag and parses into its children.
   THtmlNode root(u"root");
@@ -270,17 +266,17 @@ TEST(HtmlBuilder, ParseEntryPoint) {
 TEST(HtmlBuilder, ParseBytesDetectsTheEncoding) {
   struct {
     std::string bytes;
-    const char* text;  // UTF-8 of the p element's text
+    const char* text; // UTF-8 of the p element's text
   } cases[] = {
-      {"\xEF\xBB\xBF<p>\xC3\xA9", "\xC3\xA9"},                             // UTF-8 mark
-      {std::string("\xFF\xFE<\0p\0>\0\xE9\0", 10), "\xC3\xA9"},              // UTF-16LE mark
-      {std::string("\xFE\xFF\0<\0p\0>\0\xE9", 10), "\xC3\xA9"},              // UTF-16BE mark
-      {"<meta charset=windows-1251><p>\xC0\xE1", "\xD0\x90\xD0\xB1"},        // meta charset
+      {"\xEF\xBB\xBF<p>\xC3\xA9", "\xC3\xA9"},                        // UTF-8 mark
+      {std::string("\xFF\xFE<\0p\0>\0\xE9\0", 10), "\xC3\xA9"},       // UTF-16LE mark
+      {std::string("\xFE\xFF\0<\0p\0>\0\xE9", 10), "\xC3\xA9"},       // UTF-16BE mark
+      {"<meta charset=windows-1251><p>\xC0\xE1", "\xD0\x90\xD0\xB1"}, // meta charset
       {"<meta http-equiv=content-type content='text/html; charset=koi8-r'><p>\xE1", "\xD0\x90"},
       {"<meta charset=utf-8><p>\xC3\xA9", "\xC3\xA9"},
-      {"<p>\xC3\xA9", "\xC3\xA9"},                                         // valid UTF-8
-      {"<p>\xE9t\xE9", "\xC3\xA9t\xC3\xA9"},                                 // system code page
-      {std::string(1100, ' ') + "<meta charset=windows-1251><p>\xC0", "\xD0\x90"},  // the parser re-decodes
+      {"<p>\xC3\xA9", "\xC3\xA9"},                                                 // valid UTF-8
+      {"<p>\xE9t\xE9", "\xC3\xA9t\xC3\xA9"},                                       // system code page
+      {std::string(1100, ' ') + "<meta charset=windows-1251><p>\xC0", "\xD0\x90"}, // the parser re-decodes
   };
   for (auto& c : cases) {
     THtmlNode doc;
@@ -301,13 +297,17 @@ TEST(HtmlBuilder, ChangeEncodingRecodesTheSubtree) {
   auto* p = static_cast<THtmlNode*>(doc.FindNode(u"p"));
   p->ChangeEncoding(heUTF8, 0);
   EXPECT_EQ(DumpNode(p), "p[t=\xC3\xA9](\"\xC3\xA9\",b(\"x\xC3\xA9\"))");
-  EXPECT_EQ(doc.FindNode(u"i")->TextContent(), u"\u00C3\u00A9");  // outside the subtree
-  p->SetInnerText(u"\u00C0");  // byte C0: "А" in 1251
+  EXPECT_EQ(doc.FindNode(u"i")->TextContent(), u"\u00C3\u00A9"); // outside the subtree
+  p->SetInnerText(u"\u00C0");                                    // byte C0: "А" in 1251
   p->ChangeEncoding(heANSI, 1251);
   EXPECT_EQ(p->TextContent(), u"\u0410");
-  p->ChangeEncoding(heUTF16, 0);  // other encodings leave texts alone
+  p->ChangeEncoding(heUTF16, 0); // other encodings leave texts alone
   p->ChangeEncoding(heDefault, 0);
   EXPECT_EQ(p->TextContent(), u"\u0410");
+
+  // A declaration met during a parse recodes the nodes built before it.
+  doc.Parse(u"<title a=\u00C3\u00A9>\u00C3\u00A9</title><meta charset=utf-8><p>\u00C3\u00A9");
+  EXPECT_EQ(DumpNode(&doc), "body(title[a=\xC3\xA9](\"\xC3\xA9\"),meta[charset=utf-8],p(\"\xC3\xA9\"))");
 }
 
 TEST(HtmlBuilder, InnerAndOuterHtml) {
@@ -316,7 +316,7 @@ TEST(HtmlBuilder, InnerAndOuterHtml) {
   auto* div = static_cast<THtmlNode*>(doc.FindNode(u"div"));
   div->SetInnerHTML(u"<p>x<p>y");
   EXPECT_EQ(DumpNode(div), "div[id=a](p(\"x\"),p(\"y\"))");
-  div->SetInnerHTML(u"t</td>u<b>v</div>w");  // end tags cannot reach outside
+  div->SetInnerHTML(u"t</td>u<b>v</div>w"); // end tags cannot reach outside
   EXPECT_EQ(DumpNode(div), "div[id=a](\"t\",\"u\",b(\"v\",\"w\"))");
   div->SetInnerHTML(hstring());
   EXPECT_EQ(DumpNode(div), "div[id=a]");
@@ -347,7 +347,7 @@ TEST(HtmlBuilder, InnerTextAndAttributeText) {
   EXPECT_EQ(DumpNode(&div), "div(\"a\")");
   THtNode* text = div.FirstChild();
   div.AddHTML(u"<b>x</b>y");
-  div.SetInnerText(u"b");  // the leading text node stays, all others go
+  div.SetInnerText(u"b"); // the leading text node stays, all others go
   EXPECT_EQ(div.FirstChild(), text);
   EXPECT_EQ(DumpNode(&div), "div(\"b\")");
   div.SetInnerHTML(u"<i>z</i>w");
@@ -357,7 +357,7 @@ TEST(HtmlBuilder, InnerTextAndAttributeText) {
   THtmlNode n(u"x");
   n.ParseAttributes(u"b=2 A=\"1\" c");
   EXPECT_EQ(DumpNode(&n), "x[a=1 b=2 c=c]");
-  n.ParseAttributes(hstring());  // no attributes: nothing changes
+  n.ParseAttributes(hstring()); // no attributes: nothing changes
   EXPECT_EQ(DumpNode(&n), "x[a=1 b=2 c=c]");
 }
 
@@ -383,8 +383,9 @@ TEST(HtmlBuilder, TreeMoves) {
 
   doc.Parse(u"<datapacket id=7><row><!--c--></row></datapacket><datapacket>x");
   doc.EnumerateElements();
-  EXPECT_EQ(DumpNode(&doc), "body[_id=0](datapacket[_id=1 id=7](row[_id=2](!{c})),datapacket[_id=3 id=3](\"x\"))");
+  EXPECT_EQ(DumpNode(&doc),
+            "body[_id=0](datapacket[_id=1 id=7](row[_id=2](!{c})),datapacket[_id=3 id=3](\"x\"))");
 }
 
-}  // namespace
-}  // namespace ht
+} // namespace
+} // namespace ht

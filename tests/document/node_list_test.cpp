@@ -1,12 +1,10 @@
-#include "htcore/document/node_list.h"
-
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "document/tree_dump.h"
 #include "htcore/document/html_node.h"
+#include "htcore/document/node_list.h"
 #include "htcore/foundation/exception.h"
+
+#include <gtest/gtest.h>
+#include <vector>
 
 namespace ht {
 namespace {
@@ -14,7 +12,8 @@ namespace {
 using test::CheckTree;
 using test::DumpNode;
 
-THtNode* Add(THtNode* parent, const char16_t* tag, const char16_t* attr = nullptr, const char16_t* value = nullptr) {
+THtNode* Add(THtNode* parent, const char16_t* tag, const char16_t* attr = nullptr,
+             const char16_t* value = nullptr) {
   THtNode* n = parent->AddChild(NodeClass<THtmlNode>());
   n->SetTag(tag);
   n->TagType = htIdent;
@@ -32,7 +31,9 @@ public:
   void AddClass(const hstring& C) override { Log->push_back("add " + C.toUtf8()); }
   void RemoveClass(const hstring& C) override { Log->push_back("remove " + C.toUtf8()); }
   bool HasClass(const hstring& C) override { return C == u"on"; }
-  void CallScriptFunction(const hstring& F) override { Log->push_back("call " + F.toUtf8() + " " + FTag.toUtf8()); }
+  void CallScriptFunction(const hstring& F) override {
+    Log->push_back("call " + F.toUtf8() + " " + FTag.toUtf8());
+  }
   int ScriptCompare(const hstring&, THtNode* Node) override {
     return FTag < Node->FTag ? -1 : (Node->FTag < FTag ? 1 : 0);
   }
@@ -56,11 +57,11 @@ TEST(NodeList, RefCountedResultsShareAndFree) {
   EXPECT_EQ(copy->RefCount(), 1);
   EXPECT_EQ(copy->FirstNode(), a);
   IHtNodeList& alias = copy;
-  copy = alias;  // self-assignment keeps the list
+  copy = alias; // self-assignment keeps the list
   EXPECT_EQ(copy->GetCount(), 1);
-  copy.reset();  // frees the list, never the node
+  copy.reset(); // frees the list, never the node
   EXPECT_EQ(root.GetCount(), 1);
-  EXPECT_EQ(a->NextSibling(), nullptr);  // a non-owning list leaves sibling links alone
+  EXPECT_EQ(a->NextSibling(), nullptr); // a non-owning list leaves sibling links alone
 
   // A list made without counting is not freed by handles.
   THtNodeList plain(false);
@@ -125,9 +126,9 @@ TEST_F(TListFixture, FirstLastParentChildren) {
   list->Add(li3);
   list->Last();
   EXPECT_EQ(list->FirstNode(), li3);
-  EXPECT_EQ(root.GetCount(), 2);  // cutting a query list frees nothing
+  EXPECT_EQ(root.GetCount(), 2); // cutting a query list frees nothing
 
-  list->Add(&root);  // has no parent: dropped by Parent
+  list->Add(&root); // has no parent: dropped by Parent
   list->Parent();
   EXPECT_EQ(Tags(), "ul");
   list->Parent().Children();
@@ -150,7 +151,7 @@ TEST_F(TListFixture, AppendSetTextAndRemove) {
   list->Add(ul);
   list->Add(li3);
   list->Add(ul);
-  list->Add(&root);  // a parentless node is not removed
+  list->Add(&root); // a parentless node is not removed
   list->Remove();
   EXPECT_EQ(list->GetCount(), 0);
   EXPECT_EQ(DumpNode(&root), "r(div(p(\"x\")))");
@@ -181,9 +182,9 @@ TEST(NodeList, ClassAndScriptCallsReachItems) {
   list->Style(u"color", u"red").AddClass(u"x").RemoveClass(u"y").ToggleClass(u"on").ToggleClass(u"off");
   list->Each(u"f");
   list->AddClass2(u"z");
-  std::vector<std::string> expected = {"css color: red", "css color: red", "add x", "add x", "remove y",
-                                       "remove y", "remove on", "remove on", "add off", "add off",
-                                       "call f a", "call f b", "add z", "add z"};
+  std::vector<std::string> expected = {"css color: red", "css color: red", "add x",     "add x",   "remove y",
+                                       "remove y",       "remove on",      "remove on", "add off", "add off",
+                                       "call f a",       "call f b",       "add z",     "add z"};
   EXPECT_EQ(log, expected);
   list->Delete(1);
   list->SortElements(u"cmp", false);
@@ -200,10 +201,10 @@ TEST_F(TListFixture, SortByAttributeKinds) {
       {u"n", scCaseSensitive, true, "1 10 2"},
       {u"n", scFloat, true, "1 2 10"},
       {u"n", scFloat, false, "10 2 1"},
-      {u"s", scCaseSensitive, true, "1 10 2"},     // "B" < "a" < "b"
-      {u"s", scCaseInsensitive, true, "10 2 1"},   // a, then b and B equal: stable
-      {u"s,n", scCaseInsensitive, true, "10 1 2"},   // ties broken by n
-      {u"s,^n", scCaseInsensitive, true, "10 2 1"},  // ... or by n reversed
+      {u"s", scCaseSensitive, true, "1 10 2"},      // "B" < "a" < "b"
+      {u"s", scCaseInsensitive, true, "10 2 1"},    // a, then b and B equal: stable
+      {u"s,n", scCaseInsensitive, true, "10 1 2"},  // ties broken by n
+      {u"s,^n", scCaseInsensitive, true, "10 2 1"}, // ... or by n reversed
       {u"\rs ,\r n", scCaseInsensitive, true, "10 1 2"},
       {u"^s", scCaseInsensitive, false, "10 2 1"},
   };
@@ -230,7 +231,7 @@ TEST(NodeList, SortByDate) {
   THtmlNode root(u"r");
   Add(&root, u"x", u"d", u"05.03.2020");
   Add(&root, u"y", u"d", u"2019-12-31");
-  Add(&root, u"z");  // no date: 0, first
+  Add(&root, u"z"); // no date: 0, first
   Add(&root, u"w", u"d", u"garbage");
   root.GetNodes()->SortbyAttr(u"d", scDate);
   std::string order;
@@ -240,5 +241,5 @@ TEST(NodeList, SortByDate) {
   EXPECT_EQ(CheckTree(&root), "");
 }
 
-}  // namespace
-}  // namespace ht
+} // namespace
+} // namespace ht

@@ -1,14 +1,12 @@
-#include "htcore/document/node.h"
-
-#include <gtest/gtest.h>
-
-#include <memory>
-
 #include "document/tree_dump.h"
 #include "htcore/document/html_node.h"
+#include "htcore/document/node.h"
 #include "htcore/foundation/date_time.h"
 #include "htcore/foundation/exception.h"
 #include "htcore/foundation/hash.h"
+
+#include <gtest/gtest.h>
+#include <memory>
 
 namespace ht {
 namespace {
@@ -52,11 +50,11 @@ TEST(Node, ChildListAndAttributesAreMadeOnDemand) {
   EXPECT_EQ(n.GetCount(), 0);
 
   EXPECT_TRUE(n.SetAttribute(u"b", u"2"));
-  EXPECT_FALSE(n.SetAttribute(u"b", u"2"));  // unchanged
-  EXPECT_TRUE(n.SetAttribute(u"a", hstring()));  // with attributes, an empty value is stored
+  EXPECT_FALSE(n.SetAttribute(u"b", u"2"));     // unchanged
+  EXPECT_TRUE(n.SetAttribute(u"a", hstring())); // with attributes, an empty value is stored
   EXPECT_TRUE(n.HasAttribute(u"a"));
   EXPECT_TRUE(n.HasAttributeValue(u"a", hstring()));
-  EXPECT_EQ(n.FAttributes->GetName(0), u"a");  // sorted by name
+  EXPECT_EQ(n.FAttributes->GetName(0), u"a"); // sorted by name
   EXPECT_EQ(n.FAttributes->GetName(1), u"b");
 }
 
@@ -82,7 +80,7 @@ TEST(Node, SiblingLinksFollowEveryListChange) {
   THtNode* z = THtNode::CreateNode(NodeClass<THtmlNode>());
   z->SetTag(u"z");
   z->FParent = &root;
-  root.FNodes->Insert(0, z);  // the new first child links to the former one
+  root.FNodes->Insert(0, z); // the new first child links to the former one
   EXPECT_EQ(z->NextSibling(), a);
   EXPECT_EQ(CheckTree(&root), "");
   EXPECT_EQ(DumpNode(&root), "r(z,a,b,c)");
@@ -98,10 +96,10 @@ TEST(Node, SiblingLinksFollowEveryListChange) {
   EXPECT_EQ(DumpNode(&root), "r(z,a,b,c)");
   EXPECT_EQ(CheckTree(&root), "");
 
-  root.DeleteChild(a);  // middle
+  root.DeleteChild(a); // middle
   EXPECT_EQ(z->NextSibling(), b);
   EXPECT_EQ(CheckTree(&root), "");
-  root.DeleteChild(c);  // last
+  root.DeleteChild(c); // last
   EXPECT_EQ(b->NextSibling(), nullptr);
   EXPECT_EQ(CheckTree(&root), "");
 
@@ -200,21 +198,21 @@ TEST_F(TNavFixture, DocumentOrderWalks) {
 }
 
 TEST_F(TNavFixture, IndexesAndPaths) {
-  EXPECT_EQ(body->FirstChildTag(), div1);  // the comment is skipped
+  EXPECT_EQ(body->FirstChildTag(), div1); // the comment is skipped
   EXPECT_EQ(body->LastChildTag(), div2);
   EXPECT_EQ(p1->FirstChildTag(), nullptr);
-  EXPECT_EQ(div2->ChildIndex(), 1);  // comment and text do not count
+  EXPECT_EQ(div2->ChildIndex(), 1); // comment and text do not count
   EXPECT_EQ(div2->TagIndex(), 1);
   EXPECT_EQ(div2->NodeIndex(), 3);
   EXPECT_EQ(root.NodeIndex(), -1);
   EXPECT_EQ(root.AbsoluteTagIndex(), 0);
   EXPECT_EQ(head->AbsoluteTagIndex(), 1);
-  EXPECT_EQ(p2->AbsoluteTagIndex(), 7);  // html head title body ! div p
+  EXPECT_EQ(p2->AbsoluteTagIndex(), 7); // html head title body ! div p
   EXPECT_EQ(span->Path(), u"html/body/div/span");
   EXPECT_TRUE(span->HasAsParent(&root));
   EXPECT_FALSE(span->HasAsParent(span));
   EXPECT_TRUE(span->HasParentTag(u"body"));
-  EXPECT_FALSE(span->HasParentTag(u"span"));  // ancestors only
+  EXPECT_FALSE(span->HasParentTag(u"span")); // ancestors only
   EXPECT_EQ(span->UpTo(u"div"), div2);
   EXPECT_EQ(div2->UpTo(u"div"), nullptr);
   EXPECT_EQ(span->UpTo({u"head", u"body"}), body);
@@ -222,14 +220,14 @@ TEST_F(TNavFixture, IndexesAndPaths) {
 
 TEST_F(TNavFixture, Lookups) {
   EXPECT_EQ(root.NodebyName(u"body"), body);
-  EXPECT_EQ(root.NodebyName(u"div"), nullptr);  // children only
+  EXPECT_EQ(root.NodebyName(u"div"), nullptr); // children only
   EXPECT_EQ(root.NodebyName(u"body/div"), div1);
   // A failed branch goes on with the next child of the same name.
   EXPECT_EQ(body->NodebyName(u"div/span"), span);
   EXPECT_EQ(root.NodebyName(u"body/span"), nullptr);
   EXPECT_EQ(root.FindNode(u"span"), span);
-  EXPECT_EQ(div1->FindNode(u"span"), nullptr);  // stays inside the subtree
-  EXPECT_EQ(div1->FindNode(u"div"), nullptr);   // excludes itself
+  EXPECT_EQ(div1->FindNode(u"span"), nullptr); // stays inside the subtree
+  EXPECT_EQ(div1->FindNode(u"div"), nullptr);  // excludes itself
   EXPECT_EQ(body->NodebyAttr(u"id", u"1"), div1);
   EXPECT_EQ(body->NodebyNameAttr(u"p", u"id", u"1"), nullptr);
   EXPECT_EQ(div1->NodebyNameAttr(u"p", u"k", u"v"), p2);
@@ -261,7 +259,8 @@ TEST(Node, TypedAttributes) {
   struct {
     const char16_t* value;
     bool expected;
-  } bools[] = {{u"1", true}, {u"true", true}, {u"on", true}, {u"TRUE", false}, {u"yes", false}, {u"0", false}};
+  } bools[] = {{u"1", true},     {u"true", true}, {u"on", true},
+               {u"TRUE", false}, {u"yes", false}, {u"0", false}};
   for (auto& c : bools) {
     n.SetAttr(u"b", c.value);
     EXPECT_EQ(n.GetAttrB(u"b"), c.expected) << hstring(c.value).toUtf8();
@@ -292,7 +291,7 @@ TEST(Node, TypedAttributes) {
   EXPECT_NEAR(n.GetDateTime(u"dt"), d + t, 1e-9);
   EXPECT_EQ(n.GetDate(u"missing"), 0);
   n.SetAttr(u"d", u"not a date");
-  EXPECT_EQ(n.GetDate(u"d"), 0);  // dates never raise
+  EXPECT_EQ(n.GetDate(u"d"), 0); // dates never raise
 }
 
 TEST(Node, CopyAttributesFromMerges) {
@@ -328,7 +327,7 @@ TEST(Node, DeepChainsAreFreedAndWalkedWithoutRecursion) {
   // A wide level below the chain, too.
   for (int i = 0; i < 1000; ++i)
     AddText(n, u"w");
-  root.reset();  // must not overflow the stack; ASan checks that all is freed
+  root.reset(); // must not overflow the stack; ASan checks that all is freed
 }
 
 TEST(Node, ElementClassComesFromTheRoot) {
@@ -342,5 +341,5 @@ TEST(Node, ElementClassComesFromTheRoot) {
   EXPECT_EQ(root.GetCount(), 1);
 }
 
-}  // namespace
-}  // namespace ht
+} // namespace
+} // namespace ht

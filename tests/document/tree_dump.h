@@ -6,10 +6,10 @@
 // comments, ? for directives and #cdata for CDATA sections.
 #pragma once
 
+#include "htcore/document/node.h"
+
 #include <string>
 #include <vector>
-
-#include "htcore/document/node.h"
 
 namespace ht::test {
 
@@ -89,4 +89,4 @@ inline std::string CheckTree(const THtNode* n) {
   return "";
 }
 
-}  // namespace ht::test
+} // namespace ht::test

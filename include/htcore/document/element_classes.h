@@ -20,17 +20,17 @@
 //   };
 #pragma once
 
-#include <string_view>
-
 #include "htcore/document/html_node.h"
 #include "htcore/foundation/string_dictionary.h"
+
+#include <string_view>
 
 namespace ht {
 
 class THtElementClassContainer : public TObject {
 public:
   THtElementClassContainer(const hstring& AName, THtNodeClass AClass) : Name(AName), NodeClass(AClass) {}
-  hstring Name;  // lower case; the key
+  hstring Name; // lower case; the key
   THtNodeClass NodeClass;
 };
 
@@ -40,18 +40,15 @@ public:
 
   // Registers a class for a name (lower-cased). The empty name sets the text class.
   void Register(const hstring& Name, THtNodeClass AClass);
-  template <class T>
-  void Register(std::u16string_view Name) {
-    Register(hstring(Name), NodeClass<T>());
-  }
+  template <class T> void Register(std::u16string_view Name) { Register(hstring(Name), NodeClass<T>()); }
 
   // The empty name gives the text class; a registered name its class; any
   // other name the class for unknown names if set, else the default class.
   THtNodeClass GetElementClass(const hstring& Name) const;
 
-  THtNodeClass TextClass = nullptr;     // null: the default class serves text too
-  THtNodeClass UnknownClass = nullptr;  // null: the default class serves unknown names
-  THtNodeClass DefaultClass;            // THtmlNode unless changed
+  THtNodeClass TextClass = nullptr;    // null: the default class serves text too
+  THtNodeClass UnknownClass = nullptr; // null: the default class serves unknown names
+  THtNodeClass DefaultClass;           // THtmlNode unless changed
 };
 
-}  // namespace ht
+} // namespace ht

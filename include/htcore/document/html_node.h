@@ -14,12 +14,12 @@
 // the other, so add `using THtmlNode::ParseAttributes;` where both are wanted.
 #pragma once
 
+#include "htcore/document/html_parser.h"
+#include "htcore/document/node.h"
+
 #include <cstddef>
 #include <initializer_list>
 #include <string_view>
-
-#include "htcore/document/html_parser.h"
-#include "htcore/document/node.h"
 
 namespace ht {
 
@@ -96,4 +96,4 @@ public:
   THtNode* FloatUpOver(std::initializer_list<std::u16string_view> Tags, bool IgnoreBarrier, THtNode* Limit);
 };
 
-}  // namespace ht
+} // namespace ht

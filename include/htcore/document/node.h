@@ -14,18 +14,18 @@
 // of each new node in GetElementClass (see element_classes.h).
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <initializer_list>
-#include <memory>
-#include <typeinfo>
-
 #include "htcore/document/attributes.h"
 #include "htcore/document/html_tokenizer.h"
 #include "htcore/document/node_list.h"
 #include "htcore/foundation/date_time.h"
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/object.h"
+
+#include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <typeinfo>
 
 namespace ht {
 
@@ -38,8 +38,7 @@ struct THtNodeClassInfo {
 };
 using THtNodeClass = const THtNodeClassInfo*;
 
-template <class T>
-THtNodeClass NodeClass() noexcept {
+template <class T> THtNodeClass NodeClass() noexcept {
   static const THtNodeClassInfo info{[]() -> THtNode* { return new T(); }, &typeid(T)};
   return &info;
 }
@@ -66,12 +65,12 @@ public:
   hstring FTag;
   int32_t FTagHash = 0;
   THTMLTokenType TagType = htUnknown;
-  THtNodeList* FNodes = nullptr;  // owned; made by GetNodes
-  THtAttributes* FAttributes = nullptr;  // owned; made by CreateAttributes
+  THtNodeList* FNodes = nullptr;        // owned; made by GetNodes
+  THtAttributes* FAttributes = nullptr; // owned; made by CreateAttributes
   hstring FContent;
   THtNode* FNextSibling = nullptr;
   THtNode* FParent = nullptr;
-  TObject* TagObject = nullptr;  // free for the host, not owned
+  TObject* TagObject = nullptr; // free for the host, not owned
 
   THtNode() = default;
   THtNode(const THtNode&) = delete;
@@ -165,4 +164,4 @@ public:
   static THtNode* CreateNode(THtNodeClass NodeClass) { return NodeClass ? NodeClass->Create() : nullptr; }
 };
 
-}  // namespace ht
+} // namespace ht

@@ -15,14 +15,14 @@
 // A query list becomes invalid when the nodes it holds are freed.
 #pragma once
 
+#include "htcore/foundation/hstring.h"
+#include "htcore/foundation/object_list.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <utility>
 #include <vector>
-
-#include "htcore/foundation/object_list.h"
-#include "htcore/foundation/hstring.h"
 
 namespace ht {
 
@@ -131,7 +131,9 @@ public:
   THtNodeList& Attribute(const hstring& Name, const hstring& Value) { return SetAttr(Name, Value); }
   THtNodeList& SetAttr(const hstring& Name, const hstring& Value);
   hstring GetAttr(const hstring& Name) const;
-  THtNodeList& Style(const hstring& StyleName, const hstring& StyleValue) { return SetCSS(StyleName, StyleValue); }
+  THtNodeList& Style(const hstring& StyleName, const hstring& StyleValue) {
+    return SetCSS(StyleName, StyleValue);
+  }
   THtNodeList& SetCSS(const hstring& Name, const hstring& Value);
   hstring GetCSS(const hstring& Name) const;
   THtNodeList& on(const hstring& EventName, const hstring& Func);
@@ -188,4 +190,4 @@ inline THtNodeListRef& THtNodeListRef::operator=(THtNodeListRef&& o) noexcept {
   return *this;
 }
 
-}  // namespace ht
+} // namespace ht
