@@ -1,6 +1,5 @@
 #include "htcore/document/html_node.h"
 
-#include "document/html_parser_internal.h"
 #include "document/htmlpars_start.h"
 #include "document/node_codepage.h"
 
@@ -158,15 +157,5 @@ void THtmlNode::MoveChildrento(THtNode* E, int Index) {
     c->SetParent(E);
   }
 }
-
-namespace detail {
-
-void InstallNodeRecoder() {
-  g_recode_nodes = [](THtmlNode* Root, THtmlEncoding Encoding, uint32_t CodePage) {
-    Root->ChangeEncoding(Encoding, CodePage);
-  };
-}
-
-} // namespace detail
 
 } // namespace ht

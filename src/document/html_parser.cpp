@@ -6,13 +6,9 @@
 
 #include "htcore/foundation/codepage.h"
 #include "htcore/foundation/text_utils.h"
-#include "document/html_parser_internal.h"
+#include "htcore/document/html_node.h"
 
 namespace ht {
-
-namespace detail {
-void (*g_recode_nodes)(THtmlNode* Root, THtmlEncoding Encoding, uint32_t CodePage) = nullptr;
-}
 
 namespace {
 
@@ -67,8 +63,8 @@ hstring token_display(const THTMLTokenizer& t) {
 }
 
 void recode_root(THtmlNode* root, THtmlEncoding enc, uint32_t cp) {
-  if (root && detail::g_recode_nodes)
-    detail::g_recode_nodes(root, enc, cp);
+  if (root)
+    root->ChangeEncoding(enc, cp);
 }
 
 }  // namespace

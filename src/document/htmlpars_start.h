@@ -7,8 +7,6 @@ void LowerColorNames();
 void BuildEntityDictionaries();
 void BuildColorDictionary();
 void BuildJSONCharClasses();
-// Lets a parser recode the nodes built so far when a declaration changes the encoding.
-void InstallNodeRecoder();
 
 void FreeEntityTables();
 void FreeColorTables();

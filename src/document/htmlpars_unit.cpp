@@ -12,7 +12,6 @@ void StartHtmlPars() {
   BuildEntityDictionaries();
   BuildColorDictionary();
   BuildJSONCharClasses();
-  InstallNodeRecoder();
   // The theme procedure needs no start step: an empty slot means the built-in
   // system colours, and a procedure a host set before start stays in place.
 }
