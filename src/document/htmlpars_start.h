@@ -5,6 +5,8 @@ namespace ht::detail {
 
 void LowerColorNames();
 void BuildEntityDictionaries();
+// Overhead tables of the HTML writer; reads the entity dictionaries.
+void BuildHtmlEncodeTables();
 void BuildColorDictionary();
 void BuildJSONCharClasses();
 

@@ -10,6 +10,7 @@ void StartHtmlPars() {
   LowerColorNames();
   BuildHtmlCharClasses();
   BuildEntityDictionaries();
+  BuildHtmlEncodeTables();
   BuildColorDictionary();
   BuildJSONCharClasses();
   // The theme procedure needs no start step: an empty slot means the built-in
