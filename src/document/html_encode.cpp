@@ -66,6 +66,46 @@ inline int byte_escape(char16_t c, char16_t* d, bool xml) {
   }
 }
 
+// The escape of a unit below 256 as constant text, for the appending forms.
+constexpr std::u16string_view kDigitEscapes[10] = {u"&#0;", u"&#1;", u"&#2;", u"&#3;", u"&#4;",
+                                                  u"&#5;", u"&#6;", u"&#7;", u"&#8;", u"&#9;"};
+
+inline std::u16string_view byte_escape_text(char16_t c, bool xml) {
+  switch (c) {
+  case u'&':
+    return u"&amp;";
+  case u'<':
+    return u"&lt;";
+  case u'>':
+    return u"&gt;";
+  case u'"':
+    return u"&quot;";
+  case 0xA0:
+    return xml ? u"&#160;" : u"&nbsp;";
+  default:  // codes below 10
+    return kDigitEscapes[c];
+  }
+}
+
+inline std::string_view byte_escape_bytes(char16_t c, bool xml) {
+  constexpr std::string_view digits[10] = {"&#0;", "&#1;", "&#2;", "&#3;", "&#4;",
+                                           "&#5;", "&#6;", "&#7;", "&#8;", "&#9;"};
+  switch (c) {
+  case u'&':
+    return "&amp;";
+  case u'<':
+    return "&lt;";
+  case u'>':
+    return "&gt;";
+  case u'"':
+    return "&quot;";
+  case 0xA0:
+    return xml ? "&#160;" : "&nbsp;";
+  default:
+    return digits[c];
+  }
+}
+
 // `&#x` and six upper-case hexadecimal digits of the code point, `;`.
 inline int pair_escape(char16_t hi, char16_t lo, char16_t* d) {
   uint32_t cp = 0x10000 + ((static_cast<uint32_t>(hi) - 0xD800) << 10) + (static_cast<uint32_t>(lo) - 0xDC00);
@@ -122,37 +162,30 @@ ptrdiff_t write_text(const char16_t* p, const char16_t* end, char16_t* d, ptrdif
                      const THtEntityReverseDictionary* rev) {
   char16_t* const start = d;
   char16_t* const limit = d + cap;
-  // Longest escape: an entity name with `&` and `;` (names are short).
-  char16_t buf[80];
   while (p < end) {
     char16_t c = *p;
-    int len = 0;
-    int used = 1;
     if (c < 256) {
-      if (g_text_overhead[c])
-        len = byte_escape(c, buf, false);
-    } else if (passes_over(c)) {
-    } else if (is_high(c)) {
-      if (p + 1 < end && is_low(p[1])) {
-        len = pair_escape(c, p[1], buf);
-        used = 2;
-      }
-    } else if (const THtEntityRec* rec = named(rev, c)) {
-      if (rec->name.Length() < 78)
-        len = name_escape(rec, buf);
-    }
-    if (len == 0) {
+      int extra = g_text_overhead[c];
+      if (limit - d < 1 + extra)
+        return -1;
+      d += extra ? byte_escape(c, d, false) : (*d = c, 1);
+      ++p;
+    } else if (is_high(c) && p + 1 < end && is_low(p[1])) {
+      if (limit - d < 10)
+        return -1;
+      d += pair_escape(c, p[1], d);
+      p += 2;
+    } else if (const THtEntityRec* rec = passes_over(c) || is_high(c) ? nullptr : named(rev, c)) {
+      if (limit - d < rec->name.Length() + 2)
+        return -1;
+      d += name_escape(rec, d);
+      ++p;
+    } else {
       if (d == limit)
         return -1;
       *d++ = c;
-    } else {
-      if (limit - d < len)
-        return -1;
-      for (int i = 0; i < len; ++i)
-        d[i] = buf[i];
-      d += len;
+      ++p;
     }
-    p += used;
   }
   return d - start;
 }
@@ -251,7 +284,6 @@ void HtmlEncodeTo(TFastString& FS, std::u16string_view s) {
   const char16_t* p = s.data();
   const char16_t* end = p + s.size();
   const char16_t* run = p;
-  char16_t buf[80];
   // Plain units are appended in runs; only an escape breaks a run.
   while (p < end) {
     char16_t c = *p;
@@ -261,7 +293,7 @@ void HtmlEncodeTo(TFastString& FS, std::u16string_view s) {
         continue;
       }
       FS.Add(run, p - run);
-      FS.Add(buf, byte_escape(c, buf, false));
+      FS.Add(byte_escape_text(c, false));
       run = ++p;
       continue;
     }
@@ -271,8 +303,9 @@ void HtmlEncodeTo(TFastString& FS, std::u16string_view s) {
     }
     if (is_high(c)) {
       if (p + 1 < end && is_low(p[1])) {
+        char16_t buf[10];
         FS.Add(run, p - run);
-        FS.Add(buf, pair_escape(c, p[1], buf));
+        FS.Add(std::u16string_view(buf, static_cast<size_t>(pair_escape(c, p[1], buf))));
         p += 2;
         run = p;
       } else {
@@ -280,10 +313,9 @@ void HtmlEncodeTo(TFastString& FS, std::u16string_view s) {
       }
       continue;
     }
-    const THtEntityRec* rec = named(rev, c);
-    if (rec && rec->name.Length() < 78) {
+    if (const THtEntityRec* rec = named(rev, c)) {
       FS.Add(run, p - run);
-      FS.Add(buf, name_escape(rec, buf));
+      FS.AddChar(u'&').Add(rec->name).AddChar(u';');
       run = ++p;
       continue;
     }
@@ -297,12 +329,11 @@ void HtmlEncodeAttrTo(TFastString& FS, std::u16string_view s, bool XML) {
   const char16_t* p = s.data();
   const char16_t* end = p + s.size();
   const char16_t* run = p;
-  char16_t buf[8];
   for (; p < end; ++p) {
     char16_t c = *p;
     if (c < 256 && g_attr_overhead[c]) {
       FS.Add(run, p - run);
-      FS.Add(buf, byte_escape(c, buf, XML));
+      FS.Add(byte_escape_text(c, XML));
       run = p + 1;
     }
   }
@@ -314,16 +345,11 @@ void HtmlEncodeAttrToUTF8(TFastRawString& FS, std::u16string_view s, bool XML) {
   const char16_t* p = s.data();
   const char16_t* end = p + s.size();
   const char16_t* run = p;
-  char16_t buf[8];
-  char bytes[8];
   for (; p < end; ++p) {
     char16_t c = *p;
     if (c < 256 && g_attr_overhead[c]) {
       FS.AddUTF8(std::u16string_view(run, static_cast<size_t>(p - run)));
-      int n = byte_escape(c, buf, XML);
-      for (int i = 0; i < n; ++i)
-        bytes[i] = static_cast<char>(buf[i]);
-      FS.Add(bytes, n);
+      FS.Add(byte_escape_bytes(c, XML));
       run = p + 1;
     }
   }

@@ -66,6 +66,9 @@ public:
   virtual void RemoveClass(const hstring& CSSClass);
   virtual bool HasClass(const hstring& CSSClass);
 
+  // Parses HTML into a temporary tree and returns its GetInnerText.
+  static hstring HTMLtoText(const hstring& HTML);
+
   // Parses attribute text such as `a="1" b` into this node's attributes.
   void ParseAttributes(const hstring& s);
   // Decodes bytes of unknown encoding, then parses: a byte-order mark, a meta
