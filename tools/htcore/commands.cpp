@@ -2,10 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <iostream>
-#include <iterator>
-#include <sstream>
+#include <cstdio>
 
 namespace htcore_cli {
 
@@ -13,25 +10,31 @@ const std::vector<Command>& Commands() {
   static const std::vector<Command> list = {
       {"version", "version", "print the library version", CmdVersion},
       {"tokens", "tokens FILE|-", "HTML item stream (tags, text, blocks), one a line", CmdTokens},
+      {"html", "html text|format|compact FILE|-", "HTML as plain text, indented or compact HTML (UTF-8)",
+       CmdHtml},
   };
   return list;
 }
 
 bool ReadInput(const char* name, std::string& bytes) {
-  if (std::strcmp(name, "-") == 0) {
-    std::ostringstream ss;
-    ss << std::cin.rdbuf();
-    bytes = ss.str();
-    return true;
-  }
-  std::ifstream in(name, std::ios::binary);
-  if (!in) {
+  bool is_stdin = std::strcmp(name, "-") == 0;
+  FILE* f = is_stdin ? stdin : std::fopen(name, "rb");
+  if (!f) {
     Fail(std::string("cannot open '") + name + "': " + std::strerror(errno));
     return false;
   }
-  bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-  if (in.bad()) {
-    Fail(std::string("cannot read '") + name + "'");
+  bytes.clear();
+  char buf[65536];
+  size_t n;
+  while ((n = std::fread(buf, 1, sizeof buf, f)) > 0)
+    bytes.append(buf, n);
+  // A directory opens fine and fails on the first read.
+  bool failed = std::ferror(f) != 0;
+  int err = errno;
+  if (!is_stdin)
+    std::fclose(f);
+  if (failed) {
+    Fail(std::string("cannot read '") + (is_stdin ? "standard input" : name) + "': " + std::strerror(err));
     return false;
   }
   return true;

@@ -1,0 +1,101 @@
+// htcore html text|format|compact FILE|-
+//
+// Reads HTML bytes (the encoding is found from a byte-order mark, a meta
+// charset or the bytes themselves), builds the tree and writes it back as
+// plain text, as indented HTML or as compact HTML, in UTF-8.
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "commands.h"
+#include "htcore/document/html_node.h"
+#include "htcore/foundation/fast_string.h"
+
+namespace htcore_cli {
+
+using ht::operator""_hs;
+
+namespace {
+
+// The library ends lines with CR LF; a terminal wants LF.
+std::string unix_lines(const ht::hstring& s) {
+  std::string out = s.toUtf8();
+  std::string::size_type w = 0;
+  for (std::string::size_type r = 0; r < out.size(); ++r)
+    if (!(out[r] == '\r' && r + 1 < out.size() && out[r + 1] == '\n'))
+      out[w++] = out[r];
+  out.resize(w);
+  return out;
+}
+
+// Text for reading on a terminal: blanks at line ends go, and the blank lines
+// left by the source's layout shrink to one between paragraphs.
+std::string tidy_lines(const std::string& text) {
+  std::string out;
+  int empty_run = 0;
+  std::string::size_type start = 0;
+  while (start <= text.size()) {
+    std::string::size_type end = text.find('\n', start);
+    if (end == std::string::npos)
+      end = text.size();
+    std::string::size_type last = end;
+    while (last > start && static_cast<unsigned char>(text[last - 1]) <= ' ')
+      --last;
+    if (last == start) {
+      ++empty_run;
+    } else {
+      if (!out.empty())
+        out += empty_run > 0 ? "\n\n" : "\n";
+      out.append(text, start, last - start);
+      empty_run = 0;
+    }
+    start = end + 1;
+  }
+  return out;
+}
+
+int write_out(std::string text) {
+  if (text.empty() || text.back() != '\n')
+    text += '\n';
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
+    return Fail(std::string("cannot write the output: ") + std::strerror(errno));
+  return 0;
+}
+
+// The readable text is the body's; the head holds only the title and metadata.
+ht::hstring body_text(ht::THtmlNode& doc) {
+  ht::THtNode* body = doc.Tag() == u"body" ? &doc : doc.FindNode(u"body"_hs);
+  if (auto* b = dynamic_cast<ht::THtmlNode*>(body))
+    return b->GetInnerText();
+  return doc.GetInnerText();
+}
+
+}  // namespace
+
+int CmdHtml(int argc, char** argv) {
+  const char* usage = "usage: htcore html text|format|compact FILE|-";
+  if (argc != 2)
+    return Fail(usage);
+  std::string mode = argv[0];
+  if (mode != "text" && mode != "format" && mode != "compact")
+    return Fail("unknown html command '" + mode + "'; " + usage);
+  std::string bytes;
+  if (!ReadInput(argv[1], bytes))
+    return 1;
+  ht::THtmlNode doc;
+  doc.ParseBytes(bytes.data(), bytes.size());
+  if (mode == "text")
+    return write_out(tidy_lines(unix_lines(body_text(doc))));
+  ht::TFastString fs(65535);
+  fs.Charset = u"utf-8"_hs;
+  if (mode == "compact") {
+    doc.FastInnerHTML(fs);
+    return write_out(fs.GetAsString().toUtf8());
+  }
+  bool after_block = true;
+  doc.FastFormattedHTML(fs, 0, 2, after_block);
+  return write_out(unix_lines(fs.GetAsString()));
+}
+
+}  // namespace htcore_cli
