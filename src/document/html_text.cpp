@@ -4,6 +4,7 @@
 #include <typeinfo>
 
 #include "document/html_writer_tags.h"
+#include "foundation/deep_recursion.h"
 #include "htcore/document/html_node.h"
 #include "htcore/foundation/fast_string.h"
 #include "htcore/foundation/text_utils.h"
@@ -28,10 +29,12 @@ void dump_text(TFastString& FS, THtNode* n);
 
 void dump_children(TFastString& FS, THtNode* n) {
   for (THtNode* c = n->FirstChild(); c; c = c->FNextSibling) {
-    if (THtmlNode* h = as_html(c))
-      h->FastInnerText(FS);
-    else
-      dump_text(FS, c);
+    detail::RecurseDeep([&] {
+      if (THtmlNode* h = as_html(c))
+        h->FastInnerText(FS);
+      else
+        dump_text(FS, c);
+    });
   }
 }
 
@@ -111,17 +114,27 @@ hstring inner_text(THtNode* n) {
 }
 
 hstring child_text(THtNode* c) {
-  if (THtmlNode* h = as_html(c))
-    return h->GetInnerText();
-  return inner_text(c);
+  hstring text;
+  detail::RecurseDeep([&] {
+    if (THtmlNode* h = as_html(c))
+      text = h->GetInnerText();
+    else
+      text = inner_text(c);
+  });
+  return text;
 }
 
 hstring raw_text(THtNode* n);
 
 hstring raw_child_text(THtNode* c) {
-  if (THtmlNode* h = as_html(c))
-    return h->GetRawInnerText();
-  return raw_text(c);
+  hstring text;
+  detail::RecurseDeep([&] {
+    if (THtmlNode* h = as_html(c))
+      text = h->GetRawInnerText();
+    else
+      text = raw_text(c);
+  });
+  return text;
 }
 
 hstring raw_text(THtNode* n) {

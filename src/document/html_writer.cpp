@@ -4,6 +4,7 @@
 #include <typeinfo>
 
 #include "document/html_writer_tags.h"
+#include "foundation/deep_recursion.h"
 #include "htcore/document/html_encode.h"
 #include "htcore/document/html_node.h"
 #include "htcore/foundation/fast_string.h"
@@ -103,10 +104,12 @@ void write_html(TFastString& FS, THtNode* n);
 
 void write_html_children(TFastString& FS, THtNode* n) {
   for (THtNode* c = n->FirstChild(); c; c = c->FNextSibling) {
-    if (THtmlNode* h = as_html(c))
-      h->FastInnerHTML(FS);
-    else
-      write_html(FS, c);
+    detail::RecurseDeep([&] {
+      if (THtmlNode* h = as_html(c))
+        h->FastInnerHTML(FS);
+      else
+        write_html(FS, c);
+    });
   }
 }
 
@@ -168,10 +171,12 @@ void write_formatted(TFastString& FS, THtNode* n, int Level, int Spaces, bool& A
 
 void write_formatted_children(TFastString& FS, THtNode* n, int Level, int Spaces, bool& AfterBlock) {
   for (THtNode* c = n->FirstChild(); c; c = c->FNextSibling) {
-    if (THtmlNode* h = as_html(c))
-      h->FastFormattedHTML(FS, Level, Spaces, AfterBlock);
-    else
-      write_formatted(FS, c, Level, Spaces, AfterBlock);
+    detail::RecurseDeep([&] {
+      if (THtmlNode* h = as_html(c))
+        h->FastFormattedHTML(FS, Level, Spaces, AfterBlock);
+      else
+        write_formatted(FS, c, Level, Spaces, AfterBlock);
+    });
   }
 }
 
