@@ -109,7 +109,7 @@ hstring inner_text(THtNode* n) {
     text = line ? u"\r\n"_hs + Trim(text) : TrimLeft(text);
   }
   if ((t.Id == detail::wtTd || t.Id == detail::wtTh) && n->FParent && n->FParent->LastChildTag() != n)
-    text += u'\t';
+    text = text + std::u16string_view(u"\t");
   return text;
 }
 

@@ -1,0 +1,330 @@
+// Real documents: UTF-8 bytes in memory to a full tree, then the tree back to
+// compact HTML, indented HTML and text. With HTCORE_PEERS the same documents
+// go through gumbo and libxml2's HTML parser (and libxml2's HTML writer) in
+// the same run, and a summary prints the ratios and the memory a tree holds.
+//
+// Documents: bench/data/*.html (scripts/fetch_bench_data.sh collects them),
+// or the directory in HTCORE_BENCH_DATA; without any, a generated page.
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "htcore/document/html_node.h"
+#include "htcore/foundation/fast_string.h"
+
+#ifdef HTCORE_PEERS
+#include <gumbo.h>
+#include <libxml/HTMLparser.h>
+#include <libxml/HTMLtree.h>
+#include <libxml/tree.h>
+#endif
+
+namespace {
+
+struct TDoc {
+  std::string name;
+  std::string bytes;
+};
+
+std::string generated_page() {
+  std::string s = "<!DOCTYPE html><html><head><meta charset=utf-8><title>Bench</title></head><body>\n";
+  for (int i = 0; i < 4000; ++i)
+    s += "<div class=\"row\" id=r" + std::to_string(i) + "><a href=\"/i/" + std::to_string(i) +
+         "?a=1&amp;b=2\">Item</a> <span>caf\xC3\xA9 &lt;x&gt; text</span><p>Para <b>bold</b><ul><li>a<li>b</ul>"
+         "<table><tr><td>1<td>2</table></div>\n";
+  return s + "</body></html>\n";
+}
+
+const std::vector<TDoc>& docs() {
+  static const std::vector<TDoc> list = [] {
+    std::vector<TDoc> r;
+    const char* env = std::getenv("HTCORE_BENCH_DATA");
+    std::filesystem::path dir = env ? std::filesystem::path(env) : std::filesystem::path(__FILE__).parent_path() / "data";
+    std::error_code ec;
+    for (const auto& e : std::filesystem::directory_iterator(dir, ec))
+      if (e.path().extension() == ".html") {
+        std::ifstream in(e.path(), std::ios::binary);
+        r.push_back({e.path().filename().string(),
+                     std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>())});
+      }
+    std::sort(r.begin(), r.end(), [](const TDoc& a, const TDoc& b) { return a.name < b.name; });
+    if (r.empty()) {
+      std::fprintf(stderr, "no documents in %s (run scripts/fetch_bench_data.sh); using a generated page\n",
+                   dir.string().c_str());
+      r.push_back({"generated", generated_page()});
+    }
+    return r;
+  }();
+  return list;
+}
+
+int64_t total_bytes() {
+  int64_t n = 0;
+  for (const TDoc& d : docs())
+    n += static_cast<int64_t>(d.bytes.size());
+  return n;
+}
+
+// Seconds per pass over all documents, by benchmark name, for the summary.
+std::map<std::string, double>& timings() {
+  static std::map<std::string, double> m;
+  return m;
+}
+
+template <class Body>
+void timed(benchmark::State& state, const char* name, Body body) {
+  auto start = std::chrono::steady_clock::now();
+  for (auto _ : state)
+    body();
+  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  timings()[name] = seconds / static_cast<double>(state.iterations());
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * total_bytes());
+}
+
+int64_t count_nodes(ht::THtNode* root) {
+  int64_t n = 0;
+  for (ht::THtNode* x = root; x; x = x->NextNode())
+    ++n;
+  return n;
+}
+
+void BM_ParseHtcore(benchmark::State& state) {
+  timed(state, "parse htcore", [] {
+    for (const TDoc& d : docs()) {
+      ht::THtmlNode doc;
+      doc.ParseBytes(d.bytes.data(), d.bytes.size());
+      benchmark::DoNotOptimize(doc.FNodes);
+    }
+  });
+}
+BENCHMARK(BM_ParseHtcore)->Unit(benchmark::kMillisecond);
+
+#ifdef HTCORE_PEERS
+void BM_ParseGumbo(benchmark::State& state) {
+  timed(state, "parse gumbo", [] {
+    for (const TDoc& d : docs()) {
+      GumboOutput* out = gumbo_parse_with_options(&kGumboDefaultOptions, d.bytes.data(), d.bytes.size());
+      benchmark::DoNotOptimize(out);
+      gumbo_destroy_output(&kGumboDefaultOptions, out);
+    }
+  });
+}
+BENCHMARK(BM_ParseGumbo)->Unit(benchmark::kMillisecond);
+
+htmlDocPtr libxml2_parse(const TDoc& d) {
+  return htmlReadMemory(d.bytes.data(), static_cast<int>(d.bytes.size()), nullptr, "UTF-8",
+                        HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING | HTML_PARSE_NONET);
+}
+
+void BM_ParseLibxml2(benchmark::State& state) {
+  timed(state, "parse libxml2", [] {
+    for (const TDoc& d : docs()) {
+      htmlDocPtr doc = libxml2_parse(d);
+      benchmark::DoNotOptimize(doc);
+      xmlFreeDoc(doc);
+    }
+  });
+}
+BENCHMARK(BM_ParseLibxml2)->Unit(benchmark::kMillisecond);
+#endif
+
+// Trees parsed once for the writers.
+std::vector<std::unique_ptr<ht::THtmlNode>>& trees() {
+  static std::vector<std::unique_ptr<ht::THtmlNode>> list = [] {
+    std::vector<std::unique_ptr<ht::THtmlNode>> r;
+    for (const TDoc& d : docs()) {
+      r.push_back(std::make_unique<ht::THtmlNode>());
+      r.back()->ParseBytes(d.bytes.data(), d.bytes.size());
+    }
+    return r;
+  }();
+  return list;
+}
+
+void BM_WriteCompact(benchmark::State& state) {
+  trees();
+  int64_t units = 0;
+  timed(state, "write compact htcore", [&] {
+    units = 0;
+    for (auto& t : trees()) {
+      ht::TFastString fs(65535);
+      t->FastInnerHTML(fs);
+      units += fs.GetTotalLen();
+      benchmark::DoNotOptimize(fs.GetAsString());
+    }
+  });
+  state.counters["out_units"] = static_cast<double>(units);
+}
+BENCHMARK(BM_WriteCompact)->Unit(benchmark::kMillisecond);
+
+void BM_WriteFormatted(benchmark::State& state) {
+  trees();
+  timed(state, "write indented htcore", [] {
+    for (auto& t : trees()) {
+      ht::TFastString fs(65535);
+      bool after_block = true;
+      t->FastFormattedHTML(fs, 0, 2, after_block);
+      benchmark::DoNotOptimize(fs.GetAsString());
+    }
+  });
+}
+BENCHMARK(BM_WriteFormatted)->Unit(benchmark::kMillisecond);
+
+void BM_InnerText(benchmark::State& state) {
+  trees();
+  timed(state, "inner text htcore", [] {
+    for (auto& t : trees())
+      benchmark::DoNotOptimize(t->GetInnerText());
+  });
+}
+BENCHMARK(BM_InnerText)->Unit(benchmark::kMillisecond);
+
+#ifdef HTCORE_PEERS
+void BM_WriteLibxml2(benchmark::State& state) {
+  std::vector<htmlDocPtr> parsed;
+  for (const TDoc& d : docs())
+    parsed.push_back(libxml2_parse(d));
+  timed(state, "write compact libxml2", [&] {
+    for (htmlDocPtr doc : parsed) {
+      xmlChar* mem = nullptr;
+      int size = 0;
+      htmlDocDumpMemoryFormat(doc, &mem, &size, 0);
+      benchmark::DoNotOptimize(mem);
+      xmlFree(mem);
+    }
+  });
+  for (htmlDocPtr doc : parsed)
+    xmlFreeDoc(doc);
+}
+BENCHMARK(BM_WriteLibxml2)->Unit(benchmark::kMillisecond);
+
+int64_t count_gumbo(const GumboNode* n) {
+  int64_t c = 1;
+  if (n->type == GUMBO_NODE_ELEMENT || n->type == GUMBO_NODE_TEMPLATE) {
+    const GumboVector& kids = n->v.element.children;
+    for (unsigned i = 0; i < kids.length; ++i)
+      c += count_gumbo(static_cast<const GumboNode*>(kids.data[i]));
+  } else if (n->type == GUMBO_NODE_DOCUMENT) {
+    const GumboVector& kids = n->v.document.children;
+    for (unsigned i = 0; i < kids.length; ++i)
+      c += count_gumbo(static_cast<const GumboNode*>(kids.data[i]));
+  }
+  return c;
+}
+
+int64_t count_xml(const xmlNode* n) {
+  int64_t c = 0;
+  for (; n; n = n->next)
+    c += 1 + count_xml(n->children);
+  return c;
+}
+#endif
+
+// Bytes a parser holds for its trees of all documents (live heap after the
+// parse, from mallinfo2) and the node count of those trees.
+struct TFootprint {
+  double bytes = 0;
+  int64_t nodes = 0;
+};
+
+size_t heap_in_use() { return mallinfo2().uordblks; }
+
+TFootprint footprint_htcore() {
+  size_t before = heap_in_use();
+  std::vector<std::unique_ptr<ht::THtmlNode>> held;
+  TFootprint f;
+  for (const TDoc& d : docs()) {
+    held.push_back(std::make_unique<ht::THtmlNode>());
+    held.back()->ParseBytes(d.bytes.data(), d.bytes.size());
+    f.nodes += count_nodes(held.back().get());
+  }
+  f.bytes = static_cast<double>(heap_in_use() - before);
+  return f;
+}
+
+#ifdef HTCORE_PEERS
+TFootprint footprint_gumbo() {
+  size_t before = heap_in_use();
+  std::vector<GumboOutput*> held;
+  TFootprint f;
+  for (const TDoc& d : docs()) {
+    held.push_back(gumbo_parse_with_options(&kGumboDefaultOptions, d.bytes.data(), d.bytes.size()));
+    f.nodes += count_gumbo(held.back()->document);
+  }
+  f.bytes = static_cast<double>(heap_in_use() - before);
+  for (GumboOutput* o : held)
+    gumbo_destroy_output(&kGumboDefaultOptions, o);
+  return f;
+}
+
+TFootprint footprint_libxml2() {
+  size_t before = heap_in_use();
+  std::vector<htmlDocPtr> held;
+  TFootprint f;
+  for (const TDoc& d : docs()) {
+    held.push_back(libxml2_parse(d));
+    f.nodes += count_xml(reinterpret_cast<xmlNode*>(held.back()));
+  }
+  f.bytes = static_cast<double>(heap_in_use() - before);
+  for (htmlDocPtr doc : held)
+    xmlFreeDoc(doc);
+  return f;
+}
+#endif
+
+void print_summary() {
+  const auto& t = timings();
+  double mb = static_cast<double>(total_bytes()) / 1e6;
+  std::printf("\n%zu documents, %.2f MB of UTF-8\n", docs().size(), mb);
+  std::printf("%-24s %10s %10s\n", "", "MB/s", "vs htcore");
+  double own = t.count("parse htcore") ? t.at("parse htcore") : 0;
+  double own_write = t.count("write compact htcore") ? t.at("write compact htcore") : 0;
+  for (const auto& [name, seconds] : t) {
+    double base = name.rfind("parse", 0) == 0 ? own : name.rfind("write compact", 0) == 0 ? own_write : 0;
+    if (base > 0)
+      std::printf("%-24s %10.1f %9.2fx\n", name.c_str(), mb / seconds, seconds / base);
+    else
+      std::printf("%-24s %10.1f\n", name.c_str(), mb / seconds);
+  }
+  std::printf("(vs htcore: the peer's time over htcore's; above 1 means htcore is faster)\n\n");
+  auto show = [&](const char* name, TFootprint f) {
+    std::printf("%-10s %9lld nodes %8.1f MB held %6.1f bytes/node %5.1fx the source\n", name,
+                static_cast<long long>(f.nodes), f.bytes / 1e6, f.bytes / static_cast<double>(f.nodes),
+                f.bytes / (mb * 1e6));
+  };
+  show("htcore", footprint_htcore());
+#ifdef HTCORE_PEERS
+  show("gumbo", footprint_gumbo());
+  show("libxml2", footprint_libxml2());
+#endif
+}
+
+}  // namespace
+
+#ifdef HTCORE_PEERS
+void quiet(void*, const char*, ...) {}
+#endif
+
+int main(int argc, char** argv) {
+#ifdef HTCORE_PEERS
+  xmlSetGenericErrorFunc(nullptr, quiet);  // libxml2 reports every unencodable character
+#endif
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv))
+    return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  print_summary();
+  return 0;
+}

@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# Collects real HTML pages for the HTML benchmarks into bench/data/ (ignored
+# by git): a few documents of 100 KB to 5 MB from /usr/share/doc, and when too
+# few of those exist, pages made by concatenating smaller documents.
+#   scripts/fetch_bench_data.sh [MAX_PAGES]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+max=${1:-6}
+out=bench/data
+mkdir -p "$out"
+rm -f "$out"/*.html
+
+# One page per package directory, largest first, so that the set mixes
+# generators (API docs, manuals, release notes) instead of six siblings.
+n=0
+declare -A seen=()
+while IFS= read -r f; do
+  pkg=$(echo "$f" | cut -d/ -f5)
+  [ -n "${seen[$pkg]:-}" ] && continue
+  seen[$pkg]=1
+  cp "$f" "$out/$(printf '%02d' "$n")-$pkg-$(basename "$f")"
+  n=$((n + 1))
+  [ "$n" -ge "$max" ] && break
+done < <(find /usr/share/doc -name '*.html' -size +100k -size -5M -printf '%s %p\n' 2>/dev/null |
+           sort -rn | cut -d' ' -f2-)
+
+# Small documents of all kinds, joined into pages of about 1 MB.
+mapfile -t small < <(find /usr/share/doc -name '*.html' -size -100k 2>/dev/null | sort)
+page=0
+while [ "$n" -lt "$max" ] && [ "${#small[@]}" -gt 0 ]; do
+  target="$out/$(printf '%02d' "$n")-concat-$page.html"
+  : >"$target"
+  while [ "$(stat -c %s "$target")" -lt 1000000 ]; do
+    for f in "${small[@]}"; do
+      cat "$f" >>"$target"
+      [ "$(stat -c %s "$target")" -ge 1000000 ] && break
+    done
+  done
+  n=$((n + 1))
+  page=$((page + 1))
+done
+
+if [ "$n" -eq 0 ]; then
+  echo "no HTML documents found under /usr/share/doc" >&2
+  exit 1
+fi
+ls -l "$out"
