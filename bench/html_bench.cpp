@@ -5,23 +5,22 @@
 //
 // Documents: bench/data/*.html (scripts/fetch_bench_data.sh collects them),
 // or the directory in HTCORE_BENCH_DATA; without any, a generated page.
-#include <benchmark/benchmark.h>
-#include <malloc.h>
+#include "htcore/document/html_node.h"
+#include "htcore/foundation/fast_string.h"
 
 #include <algorithm>
+#include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <malloc.h>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "htcore/document/html_node.h"
-#include "htcore/foundation/fast_string.h"
 
 #ifdef HTCORE_PEERS
 #include <gumbo.h>
@@ -41,7 +40,8 @@ std::string generated_page() {
   std::string s = "<!DOCTYPE html><html><head><meta charset=utf-8><title>Bench</title></head><body>\n";
   for (int i = 0; i < 4000; ++i)
     s += "<div class=\"row\" id=r" + std::to_string(i) + "><a href=\"/i/" + std::to_string(i) +
-         "?a=1&amp;b=2\">Item</a> <span>caf\xC3\xA9 &lt;x&gt; text</span><p>Para <b>bold</b><ul><li>a<li>b</ul>"
+         "?a=1&amp;b=2\">Item</a> <span>caf\xC3\xA9 &lt;x&gt; text</span><p>Para "
+         "<b>bold</b><ul><li>a<li>b</ul>"
          "<table><tr><td>1<td>2</table></div>\n";
   return s + "</body></html>\n";
 }
@@ -50,7 +50,8 @@ const std::vector<TDoc>& docs() {
   static const std::vector<TDoc> list = [] {
     std::vector<TDoc> r;
     const char* env = std::getenv("HTCORE_BENCH_DATA");
-    std::filesystem::path dir = env ? std::filesystem::path(env) : std::filesystem::path(__FILE__).parent_path() / "data";
+    std::filesystem::path dir =
+        env ? std::filesystem::path(env) : std::filesystem::path(__FILE__).parent_path() / "data";
     std::error_code ec;
     for (const auto& e : std::filesystem::directory_iterator(dir, ec))
       if (e.path().extension() == ".html") {
@@ -82,8 +83,7 @@ std::map<std::string, double>& timings() {
   return m;
 }
 
-template <class Body>
-void timed(benchmark::State& state, const char* name, Body body) {
+template <class Body> void timed(benchmark::State& state, const char* name, Body body) {
   auto start = std::chrono::steady_clock::now();
   for (auto _ : state)
     body();
@@ -310,7 +310,7 @@ void print_summary() {
 #endif
 }
 
-}  // namespace
+} // namespace
 
 #ifdef HTCORE_PEERS
 void quiet(void*, const char*, ...) {}
@@ -318,7 +318,7 @@ void quiet(void*, const char*, ...) {}
 
 int main(int argc, char** argv) {
 #ifdef HTCORE_PEERS
-  xmlSetGenericErrorFunc(nullptr, quiet);  // libxml2 reports every unencodable character
+  xmlSetGenericErrorFunc(nullptr, quiet); // libxml2 reports every unencodable character
 #endif
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv))

@@ -1,13 +1,13 @@
 // Parses arbitrary bytes, writes the tree out in all three forms, and parses
 // the compact form again. Checks that the escaping passes agree with each
 // other: counted overhead, string form and appending form.
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
-
 #include "htcore/document/html_encode.h"
 #include "htcore/document/html_node.h"
 #include "htcore/foundation/fast_string.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 namespace {
 
@@ -27,7 +27,7 @@ void CheckEncoders(const ht::hstring& s) {
   Check(ht::HtmlEncodeAttrXML(s).Length() == attr.Length());
 }
 
-}  // namespace
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0 || size > 100000)

@@ -11,7 +11,7 @@ bool bare(const THtAttribute& a) {
   return a.Name.Pointer() == a.Value.Pointer() || a.Name.view() == a.Value.view();
 }
 
-}  // namespace
+} // namespace
 
 hstring THtAttributes::AsString() const {
   TFastString fs(256);
@@ -48,4 +48,4 @@ void THtAttributes::FastAsUTF8String(TFastRawString& FS) const {
   }
 }
 
-}  // namespace ht
+} // namespace ht

@@ -57,7 +57,7 @@ inline int byte_escape(char16_t c, char16_t* d, bool xml) {
     return put(u"&quot;");
   case 0xA0:
     return put(xml ? u"&#160;" : u"&nbsp;");
-  default:  // codes below 10
+  default: // codes below 10
     d[0] = u'&';
     d[1] = u'#';
     d[2] = static_cast<char16_t>(u'0' + c);
@@ -68,7 +68,7 @@ inline int byte_escape(char16_t c, char16_t* d, bool xml) {
 
 // The escape of a unit below 256 as constant text, for the appending forms.
 constexpr std::u16string_view kDigitEscapes[10] = {u"&#0;", u"&#1;", u"&#2;", u"&#3;", u"&#4;",
-                                                  u"&#5;", u"&#6;", u"&#7;", u"&#8;", u"&#9;"};
+                                                   u"&#5;", u"&#6;", u"&#7;", u"&#8;", u"&#9;"};
 
 inline std::u16string_view byte_escape_text(char16_t c, bool xml) {
   switch (c) {
@@ -82,7 +82,7 @@ inline std::u16string_view byte_escape_text(char16_t c, bool xml) {
     return u"&quot;";
   case 0xA0:
     return xml ? u"&#160;" : u"&nbsp;";
-  default:  // codes below 10
+  default: // codes below 10
     return kDigitEscapes[c];
   }
 }
@@ -230,12 +230,12 @@ hstring encode(const hstring& s, int NewLength, Count count, Write write) {
       return r;
     }
     int counted = count(p, end);
-    HT_ASSERT(counted != overhead);  // the passes agree, so a counted size fits
+    HT_ASSERT(counted != overhead); // the passes agree, so a counted size fits
     overhead = counted;
   }
 }
 
-}  // namespace
+} // namespace
 
 const uint8_t* HtmlTextOverheadTable() {
   EnsureStarted();
@@ -380,6 +380,6 @@ void BuildHtmlEncodeTables() {
         g_entity_pages[e.code >> 8] = 1;
 }
 
-}  // namespace detail
+} // namespace detail
 
-}  // namespace ht
+} // namespace ht

@@ -1,13 +1,13 @@
 // Plain text out of a node tree: GetInnerText for reading (paragraphs on
 // lines of their own, cells separated by TAB), FastInnerText as a quick dump
 // for exporters, GetRawInnerText for classes that keep text of their own.
-#include <typeinfo>
-
 #include "document/html_writer_tags.h"
 #include "foundation/deep_recursion.h"
 #include "htcore/document/html_node.h"
 #include "htcore/foundation/fast_string.h"
 #include "htcore/foundation/text_utils.h"
+
+#include <typeinfo>
 
 namespace ht {
 
@@ -146,7 +146,7 @@ hstring raw_text(THtNode* n) {
   return fs.GetAsString();
 }
 
-}  // namespace
+} // namespace
 
 void THtmlNode::FastInnerText(TFastString& FS) { dump_text(FS, this); }
 
@@ -160,4 +160,4 @@ hstring THtmlNode::HTMLtoText(const hstring& HTML) {
   return doc.GetInnerText();
 }
 
-}  // namespace ht
+} // namespace ht

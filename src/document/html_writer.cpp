@@ -1,14 +1,14 @@
 // HTML output of a node tree: compact (FastInnerHTML) and indented
 // (FastFormattedHTML). Both append to one TFastString passed down the
 // recursion; only escaped values cost anything beyond the builder.
-#include <typeinfo>
-
 #include "document/html_writer_tags.h"
 #include "foundation/deep_recursion.h"
 #include "htcore/document/html_encode.h"
 #include "htcore/document/html_node.h"
 #include "htcore/foundation/fast_string.h"
 #include "htcore/foundation/text_utils.h"
+
+#include <typeinfo>
 
 namespace ht {
 
@@ -283,7 +283,7 @@ void write_formatted(TFastString& FS, THtNode* n, int Level, int Spaces, bool& A
   AfterBlock = block;
 }
 
-}  // namespace
+} // namespace
 
 void THtmlNode::FastInnerHTML(TFastString& FS) { write_html(FS, this); }
 

@@ -1,8 +1,8 @@
 #include "document/html_writer_tags.h"
 
-#include <array>
-
 #include "htcore/foundation/hash.h"
+
+#include <array>
 
 namespace ht::detail {
 
@@ -73,7 +73,7 @@ constexpr TEntry kTags[] = {
     {u"xhtml", {wtOther, wfFormatBlock}},
 };
 
-constexpr size_t kSlots = 256;  // more than four times the entries: short probes
+constexpr size_t kSlots = 256; // more than four times the entries: short probes
 constexpr size_t kLongest = 13;
 
 struct TSlot {
@@ -110,7 +110,7 @@ bool same_ascii_lower(std::u16string_view name, std::u16string_view lower) noexc
   return true;
 }
 
-}  // namespace
+} // namespace
 
 TWriterTag WriterTag(std::u16string_view name, uint32_t hash) noexcept {
   if (name.empty() || name.size() > kLongest)
@@ -122,4 +122,4 @@ TWriterTag WriterTag(std::u16string_view name, uint32_t hash) noexcept {
   return {};
 }
 
-}  // namespace ht::detail
+} // namespace ht::detail

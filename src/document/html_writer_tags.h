@@ -2,10 +2,10 @@
 // node's tag hash.
 #pragma once
 
+#include "htcore/document/node.h"
+
 #include <cstdint>
 #include <string_view>
-
-#include "htcore/document/node.h"
 
 namespace ht::detail {
 
@@ -22,16 +22,16 @@ enum TWriterTagId : uint8_t {
   wtScript,
   wtStyle,
   wtTd,
-  wtText,  // the SVG element
+  wtText, // the SVG element
   wtTh,
   wtXbody,
 };
 
 enum : uint8_t {
-  wfEmpty = 1,         // written `<name/>` without children
-  wfFormatBlock = 2,   // starts a line in indented output
-  wfTextBlock = 4,     // a paragraph of GetInnerText
-  wfTextLineEnd = 8,   // ends with a line break in FastInnerText
+  wfEmpty = 1,       // written `<name/>` without children
+  wfFormatBlock = 2, // starts a line in indented output
+  wfTextBlock = 4,   // a paragraph of GetInnerText
+  wfTextLineEnd = 8, // ends with a line break in FastInnerText
 };
 
 struct TWriterTag {
@@ -48,4 +48,4 @@ inline TWriterTag WriterTag(const THtNode* n) noexcept {
   return WriterTag(n->FTag.view(), static_cast<uint32_t>(n->FTagHash));
 }
 
-}  // namespace ht::detail
+} // namespace ht::detail

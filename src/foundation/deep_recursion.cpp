@@ -1,8 +1,8 @@
 #include "foundation/deep_recursion.h"
 
-#include <pthread.h>
-
 #include "htcore/foundation/exception.h"
+
+#include <pthread.h>
 
 namespace ht::detail {
 
@@ -14,7 +14,7 @@ namespace {
 // first stack takes few levels; the stacks made here are large and take many.
 constexpr int kLevelsOnForeignStack = 400;
 constexpr int kLevelsOnLargeStack = 20000;
-constexpr size_t kLargeStackBytes = size_t{256} << 20;  // reserved lazily by the system
+constexpr size_t kLargeStackBytes = size_t{256} << 20; // reserved lazily by the system
 
 thread_local bool t_on_large_stack = false;
 
@@ -36,9 +36,11 @@ void* run_job(void* p) {
   return nullptr;
 }
 
-}  // namespace
+} // namespace
 
-int RecursionLevelsPerStack() noexcept { return t_on_large_stack ? kLevelsOnLargeStack : kLevelsOnForeignStack; }
+int RecursionLevelsPerStack() noexcept {
+  return t_on_large_stack ? kLevelsOnLargeStack : kLevelsOnForeignStack;
+}
 
 void RunOnLargeStack(void (*fn)(void*), void* arg) {
   TJob job{fn, arg, nullptr};
@@ -57,4 +59,4 @@ void RunOnLargeStack(void (*fn)(void*), void* arg) {
     std::rethrow_exception(job.error);
 }
 
-}  // namespace ht::detail
+} // namespace ht::detail

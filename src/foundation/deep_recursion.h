@@ -29,11 +29,11 @@ void RunOnLargeStack(void (*fn)(void*), void* arg);
 // Levels already nested on this thread's current stack.
 extern thread_local int t_recursion_depth;
 
-template <class F>
-void RecurseDeep(F&& f) {
+template <class F> void RecurseDeep(F&& f) {
   if (t_recursion_depth >= RecursionLevelsPerStack()) [[unlikely]] {
     using Fn = std::remove_reference_t<F>;
-    RunOnLargeStack([](void* p) { (*static_cast<Fn*>(p))(); }, const_cast<void*>(static_cast<const void*>(&f)));
+    RunOnLargeStack([](void* p) { (*static_cast<Fn*>(p))(); },
+                    const_cast<void*>(static_cast<const void*>(&f)));
     return;
   }
   ++t_recursion_depth;
@@ -43,4 +43,4 @@ void RecurseDeep(F&& f) {
   f();
 }
 
-}  // namespace ht::detail
+} // namespace ht::detail

@@ -1,12 +1,10 @@
+#include "htcore/document/attributes.h"
 #include "htcore/document/html_encode.h"
+#include "htcore/foundation/fast_string.h"
 
 #include <gtest/gtest.h>
-
 #include <random>
 #include <string>
-
-#include "htcore/document/attributes.h"
-#include "htcore/foundation/fast_string.h"
 
 using namespace ht;
 
@@ -15,7 +13,7 @@ namespace {
 std::string utf8(const hstring& s) { return s.toUtf8(); }
 
 hstring encode_to(std::u16string_view s, bool attr, bool xml = false) {
-  TFastString fs(16);  // small chunks: escapes cross chunk borders
+  TFastString fs(16); // small chunks: escapes cross chunk borders
   if (attr)
     HtmlEncodeAttrTo(fs, s, xml);
   else
@@ -23,7 +21,7 @@ hstring encode_to(std::u16string_view s, bool attr, bool xml = false) {
   return fs.GetAsString();
 }
 
-}  // namespace
+} // namespace
 
 TEST(HtmlEncode, OverheadTables) {
   const uint8_t* text = HtmlTextOverheadTable();
@@ -31,9 +29,9 @@ TEST(HtmlEncode, OverheadTables) {
   const struct {
     int c, text, attr;
   } rows[] = {
-      {0, 3, 3},   {8, 3, 3},    {9, 0, 3},  {10, 0, 0},  {13, 0, 0},  {'"', 0, 5},   {'&', 4, 4},
-      {'<', 3, 3}, {'>', 3, 3},  {'\'', 0, 0}, {'a', 0, 0}, {0x7F, 0, 0}, {0x9F, 0, 0}, {0xA0, 5, 5},
-      {0xA9, 0, 0}, {0xE9, 0, 0}, {0xFF, 0, 0},
+      {0, 3, 3},    {8, 3, 3},    {9, 0, 3},    {10, 0, 0},   {13, 0, 0},   {'"', 0, 5},
+      {'&', 4, 4},  {'<', 3, 3},  {'>', 3, 3},  {'\'', 0, 0}, {'a', 0, 0},  {0x7F, 0, 0},
+      {0x9F, 0, 0}, {0xA0, 5, 5}, {0xA9, 0, 0}, {0xE9, 0, 0}, {0xFF, 0, 0},
   };
   for (const auto& r : rows) {
     EXPECT_EQ(text[r.c], r.text) << r.c;
@@ -52,29 +50,29 @@ TEST(HtmlEncode, OverheadTables) {
 TEST(HtmlEncode, Text) {
   const struct {
     std::u16string in;
-    const char16_t* out;  // null: the input as it is
+    const char16_t* out; // null: the input as it is
   } rows[] = {
       {u"", nullptr},
       {u"plain text", nullptr},
       {u"a<b", u"a&lt;b"},
       {u"a&b>c", u"a&amp;b&gt;c"},
       {u"&&", u"&amp;&amp;"},
-      {u"a\"b", nullptr},  // quotes need no escape in text
+      {u"a\"b", nullptr}, // quotes need no escape in text
       {u"it's", nullptr},
       {u"\u00A0x\u00A0", u"&nbsp;x&nbsp;"},
       {std::u16string(1, u'\0') + u"\x01\x08\t\n\r", u"&#0;&#1;&#8;\t\n\r"},
-      {u"caf\u00E9 \u00A9 \u00FF", nullptr},  // below 256: as is
+      {u"caf\u00E9 \u00A9 \u00FF", nullptr}, // below 256: as is
       {u"\U0001F600", u"&#x01F600;"},
       {u"a\U0010FFFFb", u"a&#x10FFFF;b"},
-      {u"\u2026", nullptr},  // general punctuation is passed over, although it has a name
-      {u"\u0152\u03B1\u0416\u05D0\u0627\u2014", nullptr},  // so are these scripts
-      {u"\u02C6", u"&circ;"},  // between the ranges passed over
+      {u"\u2026", nullptr}, // general punctuation is passed over, although it has a name
+      {u"\u0152\u03B1\u0416\u05D0\u0627\u2014", nullptr}, // so are these scripts
+      {u"\u02C6", u"&circ;"},                             // between the ranges passed over
       {u"\u02DC", u"&DiacriticalTilde;"},
       {u"\u2192", u"&rarr;"},
       {u"\u221E", u"&infin;"},
       {u"\u20AC", u"&euro;"},
-      {u"\u2122", u"&TRADE;"},  // the first name of the table wins
-      {u"\u4E2D\u6587", nullptr},  // no name
+      {u"\u2122", u"&TRADE;"},    // the first name of the table wins
+      {u"\u4E2D\u6587", nullptr}, // no name
   };
   for (const auto& r : rows) {
     hstring in(r.in.data(), r.in.size());
@@ -87,10 +85,10 @@ TEST(HtmlEncode, Text) {
 
 TEST(HtmlEncode, LoneSurrogatesStay) {
   const std::u16string rows[] = {
-      {u'a', char16_t(0xD83D)},               // high at the end
-      {char16_t(0xD83D), u'x'},               // high before a non-partner
-      {char16_t(0xDE00), u'a'},               // low alone
-      {char16_t(0xDE00), char16_t(0xD83D)},  // reversed pair
+      {u'a', char16_t(0xD83D)},             // high at the end
+      {char16_t(0xD83D), u'x'},             // high before a non-partner
+      {char16_t(0xDE00), u'a'},             // low alone
+      {char16_t(0xDE00), char16_t(0xD83D)}, // reversed pair
   };
   for (const std::u16string& r : rows) {
     hstring in(r.data(), r.size());
@@ -102,7 +100,8 @@ TEST(HtmlEncode, LoneSurrogatesStay) {
 }
 
 TEST(HtmlEncode, SharesTextWithoutEscapes) {
-  const hstring rows[] = {u"plain"_hs, u"\u4E2D\u6587 \u03B1\u2026"_hs, u"tab\there"_hs, u"quote \" in text"_hs};
+  const hstring rows[] = {u"plain"_hs, u"\u4E2D\u6587 \u03B1\u2026"_hs, u"tab\there"_hs,
+                          u"quote \" in text"_hs};
   for (const hstring& s : rows) {
     hstring out = HtmlEncode(s);
     EXPECT_EQ(out.Pointer(), s.Pointer());
@@ -114,15 +113,15 @@ TEST(HtmlEncode, SharesTextWithoutEscapes) {
 }
 
 TEST(HtmlEncode, KnownOverheadIsTrustedButChecked) {
-  hstring s = u"a<b&c"_hs;  // overhead 3 + 4
+  hstring s = u"a<b&c"_hs; // overhead 3 + 4
   const struct {
     int given;
     const char16_t* out;
   } rows[] = {
-      {-1, u"a&lt;b&amp;c"}, {-2, u"a&lt;b&amp;c"}, {7, u"a&lt;b&amp;c"},
-      {1, u"a&lt;b&amp;c"},   // too small: recounted
-      {50, u"a&lt;b&amp;c"},  // too large: cut back
-      {0, u"a<b&c"},          // "nothing to escape": handed back as is
+      {-1, u"a&lt;b&amp;c"}, {-2, u"a&lt;b&amp;c"},
+      {7, u"a&lt;b&amp;c"},  {1, u"a&lt;b&amp;c"}, // too small: recounted
+      {50, u"a&lt;b&amp;c"},                       // too large: cut back
+      {0, u"a<b&c"},                               // "nothing to escape": handed back as is
   };
   for (const auto& r : rows) {
     EXPECT_EQ(HtmlEncode(s, r.given).view(), std::u16string_view(r.out)) << r.given;
@@ -142,7 +141,7 @@ TEST(HtmlEncode, Attribute) {
       {u"\t|\n|\r", u"&#9;|\n|\r", u"&#9;|\n|\r"},
       {u"\x01\x08", u"&#1;&#8;", u"&#1;&#8;"},
       {u"\u00A0", u"&nbsp;", u"&#160;"},
-      {u"\u2192\u2026\U0001F600", u"\u2192\u2026\U0001F600", u"\u2192\u2026\U0001F600"},  // no names
+      {u"\u2192\u2026\U0001F600", u"\u2192\u2026\U0001F600", u"\u2192\u2026\U0001F600"}, // no names
       {u"it's", u"it's", u"it's"},
   };
   for (const auto& r : rows) {
@@ -159,8 +158,9 @@ TEST(HtmlEncode, Attribute) {
 // single allocation would be wrong.
 TEST(HtmlEncode, CountMatchesOutputOnRandomText) {
   std::mt19937 rng(7);
-  const char16_t pool[] = {u'a', u'<', u'>', u'&', u'"', 0, 1, 9, 10, 0xA0, 0xE9, 0x152, 0x3B1, 0x2026,
-                           0x2192, 0x2122, 0x2200, 0x4E2D, 0xD83D, 0xDE00, 0xFB00, 0xFFFD};
+  const char16_t pool[] = {u'a',   u'<',   u'>',   u'&',   u'"',   0,      1,      9,
+                           10,     0xA0,   0xE9,   0x152,  0x3B1,  0x2026, 0x2192, 0x2122,
+                           0x2200, 0x4E2D, 0xD83D, 0xDE00, 0xFB00, 0xFFFD};
   for (int round = 0; round < 2000; ++round) {
     std::u16string s;
     size_t len = rng() % 24;
@@ -182,8 +182,9 @@ TEST(AttributeText, AsStringAndFastAsString) {
   a.Add(u"a"_hs, u"x \"y\" <z>"_hs);
   a.Add(u"checked"_hs, u"checked"_hs);
   a.Add(u"nbsp"_hs, u"\u00A0"_hs);
-  EXPECT_EQ(a.AsString().view(),
-            std::u16string_view(u"a=\"x &quot;y&quot; &lt;z&gt;\" b=\"2\" checked=\"checked\" nbsp=\"&nbsp;\""));
+  EXPECT_EQ(
+      a.AsString().view(),
+      std::u16string_view(u"a=\"x &quot;y&quot; &lt;z&gt;\" b=\"2\" checked=\"checked\" nbsp=\"&nbsp;\""));
   TFastString fs;
   a.FastAsString(fs);
   EXPECT_EQ(fs.GetAsString().view(),
@@ -202,7 +203,7 @@ TEST(AttributeText, BareNamesOnlyOutsideXml) {
     const char16_t* out;
   } rows[] = {
       {false, u"checked", u"checked", u" checked"},
-      {false, u"checked", u"Checked", u" checked=\"Checked\""},  // equal in full, case too
+      {false, u"checked", u"Checked", u" checked=\"Checked\""}, // equal in full, case too
       {false, u"checked", u"checkedx", u" checked=\"checkedx\""},
       {false, u"checked", u"", u" checked=\"\""},
       {true, u"checked", u"checked", u" checked=\"checked\""},

@@ -1,9 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "htcore/document/html_node.h"
 #include "htcore/foundation/fast_string.h"
+
+#include <gtest/gtest.h>
+#include <string>
 
 using namespace ht;
 
@@ -23,7 +22,7 @@ std::string dump(const char* html) {
   return fs.GetAsString().toUtf8();
 }
 
-}  // namespace
+} // namespace
 
 TEST(HtmlText, InnerTextForReading) {
   const struct {
@@ -47,8 +46,8 @@ TEST(HtmlText, InnerTextForReading) {
       {"<table><tr><td>a</td><!--c--></tr></table>", "\r\na"},
       {"<table><tr><td></td><td></td><td></td></tr></table>", "\r\n"},
       {"<h5>a</h5><h5>b</h5>", "a\r\nb"},
-      {"<h6>a</h6><h6>b</h6>", "ab"},  // not a block here
-      {"<p></p><p>b</p>", "\r\nb"},  // an empty block still counts as an element before
+      {"<h6>a</h6><h6>b</h6>", "ab"}, // not a block here
+      {"<p></p><p>b</p>", "\r\nb"},   // an empty block still counts as an element before
       {"<script>x</script><style>y</style><noscript>z</noscript><!--c--><![CDATA[w]]>ok", "ok"},
       {"<a href=u title=t>link</a><img alt=i src=s>", "link"},
       {"<p>&lt;&amp;&nbsp;&#x1F600;</p>", "<&\xC2\xA0\xF0\x9F\x98\x80"},
@@ -61,12 +60,13 @@ TEST(HtmlText, InnerTextForReading) {
 
 TEST(HtmlText, InnerTextOfOneElement) {
   THtmlNode doc;
-  doc.Parse(u"<div id=a> x <p> y </p></div><p id=b> z </p><table><tr><td id=c>1</td><td>2</td></tr></table>"_hs);
+  doc.Parse(
+      u"<div id=a> x <p> y </p></div><p id=b> z </p><table><tr><td id=c>1</td><td>2</td></tr></table>"_hs);
   auto text_of = [&](const char16_t* id) {
     THtNode* n = doc.FindNodebyAttr(hstring(), u"id"_hs, hstring(id));
     return static_cast<THtmlNode*>(n)->GetInnerText().toUtf8();
   };
-  EXPECT_EQ(text_of(u"a"), "x \r\ny");  // the element is a first block itself
+  EXPECT_EQ(text_of(u"a"), "x \r\ny"); // the element is a first block itself
   EXPECT_EQ(text_of(u"b"), "\r\nz");
   EXPECT_EQ(text_of(u"c"), "1\t");
   EXPECT_EQ(THtmlNode::HTMLtoText(u"<p>a</p><p>b &amp; c</p>"_hs).toUtf8(), "a\r\nb & c");
@@ -113,7 +113,7 @@ public:
   THtNodeClass GetElementClass(const hstring&, THtNode*) override { return NodeClass<TOwnText>(); }
 };
 
-}  // namespace
+} // namespace
 
 TEST(HtmlText, RawInnerTextComesFromNodeClasses) {
   THtmlNode plain;

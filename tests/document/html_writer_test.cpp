@@ -1,14 +1,13 @@
-#include <gtest/gtest.h>
+#include "htcore/document/html_node.h"
+#include "htcore/foundation/fast_string.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <iterator>
 #include <string>
 #include <vector>
-
-#include "htcore/document/html_node.h"
-#include "htcore/foundation/fast_string.h"
 
 using namespace ht;
 
@@ -52,7 +51,7 @@ std::string read_file(const std::filesystem::path& p) {
   return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-}  // namespace
+} // namespace
 
 TEST(HtmlWriter, CompactMarkupOfParsedDocuments) {
   const struct {
@@ -71,8 +70,7 @@ TEST(HtmlWriter, CompactMarkupOfParsedDocuments) {
       {"<p title='a\"b'>a\"b</p>", "<p title=\"a&quot;b\">a\"b</p>"},
       {"<p b=2 a=1>x</p>", "<p a=\"1\" b=\"2\">x</p>"},
       {"<p title=\"&lt;&amp;&gt;\">&lt;&amp;&gt;</p>", "<p title=\"&lt;&amp;&gt;\">&lt;&amp;&gt;</p>"},
-      {"<p>&nbsp;&hellip;&rarr;&#x1F600;&eacute;</p>",
-       "<p>&nbsp;\xE2\x80\xA6&rarr;&#x01F600;\xC3\xA9</p>"},
+      {"<p>&nbsp;&hellip;&rarr;&#x1F600;&eacute;</p>", "<p>&nbsp;\xE2\x80\xA6&rarr;&#x01F600;\xC3\xA9</p>"},
       {"<script>if (a<b && c>d) x();</script>", "<script>if (a<b && c>d) x();</script>"},
       {"<script type=text/javascript async>x</script>",
        "<script async=\"async\" type=\"text/javascript\">x</script>"},
@@ -113,7 +111,7 @@ TEST(HtmlWriter, ContentTypeMetaDeclaresTheOutputCharset) {
 }
 
 TEST(HtmlWriter, HandMadeNodes) {
-  THtmlNode root;  // no tag: stands for the document
+  THtmlNode root; // no tag: stands for the document
   root.SetContent(u"a<b"_hs);
   THtmlNode* xbody = add(&root, u"xbody");
   THtmlNode* inner_xbody = add(xbody, u"xbody");
@@ -168,7 +166,7 @@ public:
   hstring GetRawInnerText() override { return u"[rbadge]"_hs; }
 };
 
-}  // namespace
+} // namespace
 
 TEST(HtmlWriter, ChildrenGoThroughVirtualWriters) {
   THtmlNode div(u"div"_hs);
@@ -192,7 +190,8 @@ TEST(HtmlWriter, FormattedOutput) {
        "<body>\r\n  <div>\r\n    <p>\r\n      a\r\n    </p>\r\n    <p>\r\n      b <b>c</b>\r\n    </p>\r\n"
        "  </div>\r\n</body>"},
       // Blank text behind a block is dropped; leading blanks of text behind one go.
-      {"<div>\n  <p>\n   a  \n</p>\n  \n</div>", "<body>\r\n  <div>\r\n    <p>\r\n      a\r\n    </p>\r\n  </div>\r\n</body>"},
+      {"<div>\n  <p>\n   a  \n</p>\n  \n</div>",
+       "<body>\r\n  <div>\r\n    <p>\r\n      a\r\n    </p>\r\n  </div>\r\n</body>"},
       // Nothing written for the children: the end tag follows at once.
       {"<div></div><div> </div>", "<body>\r\n  <div></div>\r\n  <div></div>\r\n</body>"},
       {"<script>\n  x = 1;\n</script>", "<body>\r\n  <script>\r\nx = 1;\r\n  </script>\r\n</body>"},
@@ -203,11 +202,12 @@ TEST(HtmlWriter, FormattedOutput) {
       // An inline element behind a block starts a line; behind text it does not.
       {"<div>x</div><span>y</span>z<span>w</span>",
        "<body>\r\n  <div>\r\n    x\r\n  </div>\r\n  <span>y</span>z<span>w</span>\r\n</body>"},
-      {"<ul><li>a<li>b</ul>", "<body>\r\n  <ul>\r\n    <li>\r\n      a\r\n    </li>\r\n    <li>\r\n      b\r\n"
-                              "    </li>\r\n  </ul>\r\n</body>"},
-      {"<table><td>1<td>2</table>",
-       "<body>\r\n  <table>\r\n    <tr>\r\n      <td>\r\n        1\r\n      </td>\r\n      <td>\r\n        2\r\n"
-       "      </td>\r\n    </tr>\r\n  </table>\r\n</body>"},
+      {"<ul><li>a<li>b</ul>",
+       "<body>\r\n  <ul>\r\n    <li>\r\n      a\r\n    </li>\r\n    <li>\r\n      b\r\n"
+       "    </li>\r\n  </ul>\r\n</body>"},
+      {"<table><td>1<td>2</table>", "<body>\r\n  <table>\r\n    <tr>\r\n      <td>\r\n        1\r\n      "
+                                    "</td>\r\n      <td>\r\n        2\r\n"
+                                    "      </td>\r\n    </tr>\r\n  </table>\r\n</body>"},
       {"<p>x<img src=a>y</p>", "<body>\r\n  <p>\r\n    x<img src=\"a\"/>y\r\n  </p>\r\n</body>"},
   };
   for (const auto& r : rows) {
@@ -277,7 +277,7 @@ TEST(HtmlWriter, VeryDeepTrees) {
       ++count_first;
     for (THtNode* n = &again; n; n = n->NextNode())
       ++count_again;
-    EXPECT_EQ(count_first + 1, count_again) << repeat;  // the second root holds a body
+    EXPECT_EQ(count_first + 1, count_again) << repeat; // the second root holds a body
   }
 }
 
@@ -303,11 +303,12 @@ void expect_round_trip(const std::string& bytes, const std::string& name) {
   while (at < once.size() && at < twice.size() && once[at] == twice[at])
     ++at;
   size_t from = at > 60 ? at - 60 : 0;
-  ADD_FAILURE() << name << ": the text written differs at unit " << at << "\nfirst:  "
-                << once.substr(from, 160).toUtf8() << "\nsecond: " << twice.substr(from, 160).toUtf8();
+  ADD_FAILURE() << name << ": the text written differs at unit " << at
+                << "\nfirst:  " << once.substr(from, 160).toUtf8()
+                << "\nsecond: " << twice.substr(from, 160).toUtf8();
 }
 
-}  // namespace
+} // namespace
 
 TEST(HtmlWriter, RoundTripOfTheSamplePage) {
   std::string bytes = read_file(std::filesystem::path(HTCORE_SOURCE_DIR) / "examples" / "sample.html");

@@ -1,12 +1,11 @@
 // Runs the built htcore tool (path in HTCORE_TOOL) on HTML as a user would.
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <iterator>
 #include <string>
+#include <sys/wait.h>
 
 namespace {
 
@@ -64,7 +63,7 @@ protected:
   }
 };
 
-}  // namespace
+} // namespace
 
 TEST_F(CliHtml, TextOfTheSample) {
   TRun r = run("html text " + sample());
@@ -91,7 +90,7 @@ TEST_F(CliHtml, CompactOfTheSample) {
   const char* wanted[] = {
       "<h1>Sample page</h1>",
       "<meta http-equiv=\"Content-Type\" content=\"text/html; charset=utf-8\"/>",
-      "return a < b && b > 0;",  // script text is not escaped
+      "return a < b && b > 0;", // script text is not escaped
       "&lt;tags&gt; &amp; entities, &rarr; arrows, \xE2\x80\xA6 and an emoji &#x01F600;",
       "<input checked type=\"checkbox\"/>",
       "<a href=\"https://example.org/a?x=1&amp;y=2\" title=\"Example\">a link</a>",
@@ -99,7 +98,7 @@ TEST_F(CliHtml, CompactOfTheSample) {
   };
   for (const char* w : wanted)
     EXPECT_NE(r.Out.find(w), std::string::npos) << w << "\n" << r.Out;
-  EXPECT_EQ(r.Out.find("<!DOCTYPE"), std::string::npos);  // a doctype leaves no node
+  EXPECT_EQ(r.Out.find("<!DOCTYPE"), std::string::npos); // a doctype leaves no node
 }
 
 TEST_F(CliHtml, FormatIndentsBlocks) {

@@ -3,14 +3,14 @@
 // Reads HTML bytes (the encoding is found from a byte-order mark, a meta
 // charset or the bytes themselves), builds the tree and writes it back as
 // plain text, as indented HTML or as compact HTML, in UTF-8.
+#include "commands.h"
+#include "htcore/document/html_node.h"
+#include "htcore/foundation/fast_string.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string>
-
-#include "commands.h"
-#include "htcore/document/html_node.h"
-#include "htcore/foundation/fast_string.h"
 
 namespace htcore_cli {
 
@@ -71,7 +71,7 @@ ht::hstring body_text(ht::THtmlNode& doc) {
   return doc.GetInnerText();
 }
 
-}  // namespace
+} // namespace
 
 int CmdHtml(int argc, char** argv) {
   const char* usage = "usage: htcore html text|format|compact FILE|-";
@@ -98,4 +98,4 @@ int CmdHtml(int argc, char** argv) {
   return write_out(unix_lines(fs.GetAsString()));
 }
 
-}  // namespace htcore_cli
+} // namespace htcore_cli

@@ -17,10 +17,10 @@
 // already passes it as NewLength (0 means "nothing to escape").
 #pragma once
 
+#include "htcore/foundation/hstring.h"
+
 #include <cstdint>
 #include <string_view>
-
-#include "htcore/foundation/hstring.h"
 
 namespace ht {
 
@@ -50,4 +50,4 @@ void HtmlEncodeAttrTo(TFastString& FS, std::u16string_view s, bool XML = false);
 // Attribute value escaped as HtmlEncodeAttr(XML) does, written as UTF-8.
 void HtmlEncodeAttrToUTF8(TFastRawString& FS, std::u16string_view s, bool XML = false);
 
-}  // namespace ht
+} // namespace ht
