@@ -25,11 +25,14 @@
 #include <functional>
 #include <initializer_list>
 #include <memory>
+#include <type_traits>
 #include <typeinfo>
+#include <utility>
 
 namespace ht {
 
 class THtNode;
+struct TXPathNode;
 
 // The factory behind a node class: what a Delphi-style class reference does.
 struct THtNodeClassInfo {
@@ -156,6 +159,24 @@ public:
   void SetTime(const hstring& Name, TDateTime Value);
   TDateTime GetDateTime(const hstring& Name) const;
   void SetDateTime(const hstring& Name, TDateTime Value);
+
+  // Path queries (the language is described in xpath.h). The list form
+  // starts at this node even for a path with a leading `/`; the other two
+  // start at Root then. Current (default: this node) is the `current` step.
+  IHtNodeList XPath(const hstring& APath, bool FirstOnly = false, THtNode* Current = nullptr);
+  // Proc gets each match; clearing its Continue argument ends the walk.
+  void XPath(const hstring& APath, const THtNodeProcRef& Proc);
+  template <class F>
+    requires(std::is_invocable_v<F&, THtNode*, bool&> && !std::is_same_v<std::remove_cvref_t<F>, THtNodeProcRef>)
+  void XPath(const hstring& APath, F&& Proc) {
+    XPath(APath, THtNodeProcRef(std::forward<F>(Proc)));  // a lambda would also convert to bool
+  }
+  // The text of the first match, or the value of a last `@name` step.
+  hstring XPathValue(const hstring& APath, THtNode* Current = nullptr);
+  // The walkers behind them, for code that compiles a TXPathProcessor itself.
+  bool EvaluateCondition(const TXPathNode* Step);
+  void InternalXPath(const TXPathNode* Step, THtNodeList* List, bool FirstOnly);
+  bool InternalXPathRef(const TXPathNode* Step, const THtNodeProcRef& Proc);
 
   // Swaps two children; nothing happens unless both are children.
   void Exchange(THtNode* Node1, THtNode* Node2);
