@@ -83,9 +83,22 @@ enum Resume : uint8_t { rEnter, rTest, rAfterMatch, rAfterAll, rReturn };
 struct Frame {
   THtNode* node;
   const TXPathNode* step;
-  THtNode* child;
+  THtNode* child;  // being walked
+  int index;       // its place among the children of node
   Resume at;
 };
+
+// Siblings lie apart in memory, and a scan that follows FNextSibling waits
+// for each node before it can ask for the next. Read from the child array,
+// the loads are independent and overlap: several times faster on a large
+// tree. A `//` walk visits nodes in document order, which is close to their
+// allocation order, and there the sibling link is the cheaper read.
+THtNode* next_child(const Frame& f) {
+  if (f.step->All)
+    return f.child->FNextSibling;
+  const THtNodeList* list = f.node->FNodes;
+  return f.index + 1 < list->Count() ? static_cast<THtNode*>(list->List()[f.index + 1]) : nullptr;
+}
 
 }  // namespace
 
@@ -133,7 +146,7 @@ void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool Firs
   TXPathProcessor* proc = Step->Processor;
   auto done = [&] { return (FirstOnly && List && List->GetCount() > 0) || !proc->Value.empty(); };
   std::vector<Frame> stack;
-  stack.push_back({this, Step, nullptr, rEnter});
+  stack.push_back({this, Step, nullptr, 0, rEnter});
   while (!stack.empty()) {
     Frame& f = stack.back();
     const TXPathNode* step = f.step;
@@ -155,7 +168,7 @@ void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool Firs
         if (step->Kind == xkParent || step->Kind == xkCurrent) {
           THtNode* target = step->Kind == xkParent ? f.node->FParent : proc->Current;
           if (target && step->Next) {
-            f = {target, step->Next, nullptr, rEnter};  // the walk goes on there
+            f = {target, step->Next, nullptr, 0, rEnter};  // the walk goes on there
             break;
           }
           if (target && !List)
@@ -166,6 +179,7 @@ void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool Firs
           break;
         }
         f.child = f.node->FirstChild();
+        f.index = 0;
         f.at = rTest;
         break;
       }
@@ -179,14 +193,14 @@ void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool Firs
         if (!matches(c, step))
           break;
         if (step->Next) {
-          stack.push_back({c, step->Next, nullptr, rEnter});
+          stack.push_back({c, step->Next, nullptr, 0, rEnter});
         } else if (!List) {
           // A value query ends this level at its match, but with `//` the
           // match's own subtree is walked first and may replace the value.
           proc->Value = c->TextContent();
           if (step->All) {
             f.at = rReturn;
-            stack.push_back({c, step, nullptr, rEnter});
+            stack.push_back({c, step, nullptr, 0, rEnter});
           } else {
             stack.pop_back();
           }
@@ -201,7 +215,7 @@ void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool Firs
         // With `//` the child's subtree follows the child itself.
         f.at = rAfterAll;
         if (step->All)
-          stack.push_back({f.child, step, nullptr, rEnter});
+          stack.push_back({f.child, step, nullptr, 0, rEnter});
         break;
       }
       case rAfterAll: {
@@ -209,7 +223,8 @@ void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool Firs
           stack.pop_back();
           break;
         }
-        f.child = f.child->FNextSibling;
+        f.child = next_child(f);
+        ++f.index;
         f.at = rTest;
         break;
       }
@@ -224,7 +239,7 @@ bool THtNode::InternalXPathRef(const TXPathNode* Step, const THtNodeProcRef& Pro
   // A false answer from Proc ends the entire walk, so no frame needs to see
   // the result of the one above it.
   std::vector<Frame> stack;
-  stack.push_back({this, Step, nullptr, rEnter});
+  stack.push_back({this, Step, nullptr, 0, rEnter});
   while (!stack.empty()) {
     Frame& f = stack.back();
     const TXPathNode* step = f.step;
@@ -238,7 +253,7 @@ bool THtNode::InternalXPathRef(const TXPathNode* Step, const THtNodeProcRef& Pro
           if (!f.node->FParent) {
             stack.pop_back();
           } else if (step->Next) {
-            f = {f.node->FParent, step->Next, nullptr, rEnter};
+            f = {f.node->FParent, step->Next, nullptr, 0, rEnter};
           } else {
             // The node itself, not its parent: callers rely on it.
             bool more = true;
@@ -250,6 +265,7 @@ bool THtNode::InternalXPathRef(const TXPathNode* Step, const THtNodeProcRef& Pro
           break;
         }
         f.child = f.node->FirstChild();
+        f.index = 0;
         f.at = rTest;
         break;
       }
@@ -261,7 +277,7 @@ bool THtNode::InternalXPathRef(const TXPathNode* Step, const THtNodeProcRef& Pro
         // Descendants come before the child itself here.
         f.at = rAfterAll;
         if (step->All)
-          stack.push_back({f.child, step, nullptr, rEnter});
+          stack.push_back({f.child, step, nullptr, 0, rEnter});
         break;
       }
       case rAfterAll: {
@@ -269,7 +285,7 @@ bool THtNode::InternalXPathRef(const TXPathNode* Step, const THtNodeProcRef& Pro
         f.at = rAfterMatch;
         if (matches(c, step)) {
           if (step->Next) {
-            stack.push_back({c, step->Next, nullptr, rEnter});
+            stack.push_back({c, step->Next, nullptr, 0, rEnter});
           } else {
             bool more = true;
             Proc(c, more);
@@ -280,7 +296,8 @@ bool THtNode::InternalXPathRef(const TXPathNode* Step, const THtNodeProcRef& Pro
         break;
       }
       case rAfterMatch:
-        f.child = f.child->FNextSibling;
+        f.child = next_child(f);
+        ++f.index;
         f.at = rTest;
         break;
       case rReturn:
