@@ -30,6 +30,18 @@ struct NestingGuard {
   NestingGuard& operator=(const NestingGuard&) = delete;
 };
 
+// ChildIndex() == index, stopping once more elements than that went before:
+// `//tr[0]` over a long table stays linear. Counts as ChildIndex does.
+bool at_child_index(const THtNode* node, int index) {
+  int count = 0;
+  for (const THtNode* c = node->FParent->FirstChild(); c && c != node; c = c->FNextSibling) {
+    bool element = !c->FTag.empty() && c->FTag[0] != u'!' && c->FTag[0] != u'?';
+    if (element && ++count > index)
+      return false;
+  }
+  return count == index;
+}
+
 bool matches(THtNode* node, const TXPathNode* step) {
   // Ordinal: an upper-case path finds nothing in a parsed HTML tree.
   if (step->Kind != xkAsterisk && node->FTag != step->Tag)
@@ -111,7 +123,7 @@ bool THtNode::EvaluateCondition(const TXPathNode* Step) {
     bool b;
     if (c.ctype == ctIndex) {
       // Counts element siblings of any tag, from 0: `b[0]` is a b that comes first.
-      b = FParent && (c.index == -1 ? FParent->LastChildTag() == this : ChildIndex() == c.index);
+      b = FParent && (c.index == -1 ? FParent->LastChildTag() == this : at_child_index(this, c.index));
     } else if (deep) {
       b = false;
     } else if (c.leftstr || !c.right.empty()) {

@@ -281,7 +281,7 @@ TEST_F(XPathTest, CallbackForm) {
 
 TEST(XPath, IndexCountsElementsNotText) {
   THtmlNode doc;
-  doc.Parse(u"<p>t<i>1</i>u<b>2</b><!--c--></p>");
+  doc.Parse(u"<p>t<i>1</i>u<?pi?><b>2</b><!--c--></p>");
   const Case cases[] = {
       {u"p/b[1]", "b=2"},
       {u"p/b[0]", ""},
@@ -290,10 +290,12 @@ TEST(XPath, IndexCountsElementsNotText) {
       {u"p/text()", "'t','u'"},
       {u"p/text()[0]", "'t'"},  // a text node counts the elements before it
       {u"p/text()[1]", "'u'"},
+      {u"p/*[1]", "'u',?=pi,b=2"},  // directives count as little as comments
+      {u"p/*[2]", "!=c"},
   };
   for (const Case& c : cases)
     EXPECT_EQ(labels(doc.XPath(c.path)), c.expected) << hstring(c.path).toUtf8();
-  EXPECT_EQ(labels(doc.XPath(u"p[0]")), "p=t1u2c");
+  EXPECT_EQ(labels(doc.XPath(u"p[0]")), "p=t1upi2c");
   TXPathProcessor xp(u"x[0]");
   EXPECT_FALSE(doc.EvaluateCondition(xp.FirstStep()));  // no parent, no index
   EXPECT_EQ(doc.XPathValue(u"p/text()").toUtf8(), "t");
