@@ -6,6 +6,9 @@
 // counter, and a summary table with the result counts of both.
 //
 //   ./bench/xpath_bench --benchmark_min_time=0.2
+#include "htcore/document/html_node.h"
+#include "htcore/document/xpath.h"
+
 #include <benchmark/benchmark.h>
 #include <cstdio>
 #include <fstream>
@@ -13,9 +16,6 @@
 #include <memory>
 #include <string>
 #include <time.h>
-
-#include "htcore/document/html_node.h"
-#include "htcore/document/xpath.h"
 
 #ifdef HTCORE_PEERS
 #include <pugixml.hpp>
@@ -29,18 +29,19 @@ struct Query {
   const char* name;
   const char16_t* htcore;
   const char* peer;
-  bool value;  // a value query: text of the first match
+  bool value; // a value query: text of the first match
 };
 
 // The same question in both languages; the `@type` list step gives elements
 // in htcore and attribute nodes in XPath, the same count either way.
 const Query kQueries[] = {
-    {"descendant+attr", u"//mime-type[@type='text/html']/comment", "//mime-type[@type='text/html']/comment", false},
+    {"descendant+attr", u"//mime-type[@type='text/html']/comment", "//mime-type[@type='text/html']/comment",
+     false},
     {"child path", u"/mime-info/mime-type/glob", "/mime-info/mime-type/glob", false},
     {"deep attr", u"//match[@type='string']", "//match[@type='string']", false},
     {"exists+attr", u"/mime-info/mime-type[alias]/@type", "/mime-info/mime-type[alias]/@type", false},
-    {"value", u"/mime-info/mime-type[@type='image/png']/comment", "/mime-info/mime-type[@type='image/png']/comment",
-     true},
+    {"value", u"/mime-info/mime-type[@type='image/png']/comment",
+     "/mime-info/mime-type[@type='image/png']/comment", true},
 };
 constexpr int kCount = static_cast<int>(std::size(kQueries));
 
@@ -128,11 +129,11 @@ void BM_Htcore(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations());
   state.SetLabel(q.name);
   if (g_peer_rate[state.range(0)] > 0)
-    state.counters["x_pugixml"] = g_rate[state.range(0)] / g_peer_rate[state.range(0)];  // above 1: faster
+    state.counters["x_pugixml"] = g_rate[state.range(0)] / g_peer_rate[state.range(0)]; // above 1: faster
 }
 BENCHMARK(BM_Htcore)->DenseRange(0, kCount - 1)->Unit(benchmark::kMicrosecond);
 
-}  // namespace
+} // namespace
 
 int main(int argc, char** argv) {
   if (file_bytes().empty()) {
@@ -162,7 +163,8 @@ int main(int argc, char** argv) {
   benchmark::Shutdown();
 
   // Result sizes are counts of matches, or text length for the value query.
-  std::printf("\n%-16s %14s %14s %8s %8s %8s\n", "query", "htcore q/s", "pugixml q/s", "ratio", "found", "peer");
+  std::printf("\n%-16s %14s %14s %8s %8s %8s\n", "query", "htcore q/s", "pugixml q/s", "ratio", "found",
+              "peer");
   for (int i = 0; i < kCount; ++i) {
     if (g_rate[i] == 0)
       continue;

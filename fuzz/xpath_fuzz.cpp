@@ -5,13 +5,13 @@
 // Each level of nested conditions can walk the whole tree once per candidate,
 // so the cost grows as the tree size to the power of the nesting; inputs with
 // more than three brackets are skipped to keep runs fast.
+#include "htcore/document/html_node.h"
+#include "htcore/document/xpath.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
-
-#include "htcore/document/html_node.h"
-#include "htcore/document/xpath.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ ht::THtmlNode& tree() {
   return *doc;
 }
 
-}  // namespace
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string_view bytes(reinterpret_cast<const char*>(data), size);

@@ -7,11 +7,11 @@
 // recursion.
 #include "htcore/document/xpath.h"
 
-#include <cstdint>
-#include <vector>
-
 #include "htcore/document/node.h"
 #include "xpath_internal.h"
+
+#include <cstdint>
+#include <vector>
 
 namespace ht {
 
@@ -77,16 +77,16 @@ bool compare(const TXCondition& c, const hstring& l, const hstring& r) {
   if (!detail::XPathToInt(l, a) || !detail::XPathToInt(r, b))
     return false;
   switch (c.ctype) {
-    case ctLess:
-      return a < b;
-    case ctAbove:
-      return a > b;
-    case ctLessEQ:
-      return a <= b;
-    case ctAboveEQ:
-      return a >= b;
-    default:
-      return false;
+  case ctLess:
+    return a < b;
+  case ctAbove:
+    return a > b;
+  case ctLessEQ:
+    return a <= b;
+  case ctAboveEQ:
+    return a >= b;
+  default:
+    return false;
   }
 }
 
@@ -95,8 +95,8 @@ enum Resume : uint8_t { rEnter, rTest, rAfterMatch, rAfterAll, rReturn };
 struct Frame {
   THtNode* node;
   const TXPathNode* step;
-  THtNode* child;  // being walked
-  int index;       // its place among the children of node
+  THtNode* child; // being walked
+  int index;      // its place among the children of node
   Resume at;
 };
 
@@ -112,7 +112,7 @@ THtNode* next_child(const Frame& f) {
   return f.index + 1 < list->Count() ? static_cast<THtNode*>(list->List()[f.index + 1]) : nullptr;
 }
 
-}  // namespace
+} // namespace
 
 bool THtNode::EvaluateCondition(const TXPathNode* Step) {
   THtNode* current = Step->Processor ? Step->Processor->Current : nullptr;
@@ -140,15 +140,15 @@ bool THtNode::EvaluateCondition(const TXPathNode* Step) {
       b = XPath(c.left, true)->GetCount() > 0;
     }
     switch (c.Op) {
-      case boAnd:
-        result = result && b;
-        break;
-      case boOr:
-        result = result || b;
-        break;
-      case boNot:
-        result = result && !b;
-        break;
+    case boAnd:
+      result = result && b;
+      break;
+    case boOr:
+      result = result || b;
+      break;
+    case boNot:
+      result = result && !b;
+      break;
     }
   }
   return result;
@@ -163,86 +163,86 @@ void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool Firs
     Frame& f = stack.back();
     const TXPathNode* step = f.step;
     switch (f.at) {
-      case rEnter: {
-        // A first-only list holds its one match: nothing further may add.
-        if (FirstOnly && List && List->GetCount() > 0) {
-          stack.pop_back();
-          break;
-        }
-        if (step->Kind == xkAttr) {
-          if (!List)
-            proc->Value = f.node->GetAttribute(step->Tag);
-          else if (f.node->HasAttribute(step->Tag))
-            List->Add(f.node);
-          stack.pop_back();
-          break;
-        }
-        if (step->Kind == xkParent || step->Kind == xkCurrent) {
-          THtNode* target = step->Kind == xkParent ? f.node->FParent : proc->Current;
-          if (target && step->Next) {
-            f = {target, step->Next, nullptr, 0, rEnter};  // the walk goes on there
-            break;
-          }
-          if (target && !List)
-            proc->Value = target->TextContent();
-          else if (target)
-            List->Add(target);
-          stack.pop_back();
-          break;
-        }
-        f.child = f.node->FirstChild();
-        f.index = 0;
-        f.at = rTest;
-        break;
-      }
-      case rTest: {
-        THtNode* c = f.child;
-        if (!c) {
-          stack.pop_back();
-          break;
-        }
-        f.at = rAfterMatch;
-        if (!matches(c, step))
-          break;
-        if (step->Next) {
-          stack.push_back({c, step->Next, nullptr, 0, rEnter});
-        } else if (!List) {
-          // A value query ends this level at its match, but with `//` the
-          // match's own subtree is walked first and may replace the value.
-          proc->Value = c->TextContent();
-          if (step->All) {
-            f.at = rReturn;
-            stack.push_back({c, step, nullptr, 0, rEnter});
-          } else {
-            stack.pop_back();
-          }
-        } else {
-          List->Add(c);
-          if (FirstOnly)
-            stack.pop_back();
-        }
-        break;
-      }
-      case rAfterMatch: {
-        // With `//` the child's subtree follows the child itself.
-        f.at = rAfterAll;
-        if (step->All)
-          stack.push_back({f.child, step, nullptr, 0, rEnter});
-        break;
-      }
-      case rAfterAll: {
-        if (done()) {
-          stack.pop_back();
-          break;
-        }
-        f.child = next_child(f);
-        ++f.index;
-        f.at = rTest;
-        break;
-      }
-      case rReturn:
+    case rEnter: {
+      // A first-only list holds its one match: nothing further may add.
+      if (FirstOnly && List && List->GetCount() > 0) {
         stack.pop_back();
         break;
+      }
+      if (step->Kind == xkAttr) {
+        if (!List)
+          proc->Value = f.node->GetAttribute(step->Tag);
+        else if (f.node->HasAttribute(step->Tag))
+          List->Add(f.node);
+        stack.pop_back();
+        break;
+      }
+      if (step->Kind == xkParent || step->Kind == xkCurrent) {
+        THtNode* target = step->Kind == xkParent ? f.node->FParent : proc->Current;
+        if (target && step->Next) {
+          f = {target, step->Next, nullptr, 0, rEnter}; // the walk goes on there
+          break;
+        }
+        if (target && !List)
+          proc->Value = target->TextContent();
+        else if (target)
+          List->Add(target);
+        stack.pop_back();
+        break;
+      }
+      f.child = f.node->FirstChild();
+      f.index = 0;
+      f.at = rTest;
+      break;
+    }
+    case rTest: {
+      THtNode* c = f.child;
+      if (!c) {
+        stack.pop_back();
+        break;
+      }
+      f.at = rAfterMatch;
+      if (!matches(c, step))
+        break;
+      if (step->Next) {
+        stack.push_back({c, step->Next, nullptr, 0, rEnter});
+      } else if (!List) {
+        // A value query ends this level at its match, but with `//` the
+        // match's own subtree is walked first and may replace the value.
+        proc->Value = c->TextContent();
+        if (step->All) {
+          f.at = rReturn;
+          stack.push_back({c, step, nullptr, 0, rEnter});
+        } else {
+          stack.pop_back();
+        }
+      } else {
+        List->Add(c);
+        if (FirstOnly)
+          stack.pop_back();
+      }
+      break;
+    }
+    case rAfterMatch: {
+      // With `//` the child's subtree follows the child itself.
+      f.at = rAfterAll;
+      if (step->All)
+        stack.push_back({f.child, step, nullptr, 0, rEnter});
+      break;
+    }
+    case rAfterAll: {
+      if (done()) {
+        stack.pop_back();
+        break;
+      }
+      f.child = next_child(f);
+      ++f.index;
+      f.at = rTest;
+      break;
+    }
+    case rReturn:
+      stack.pop_back();
+      break;
     }
   }
 }
@@ -256,65 +256,65 @@ bool THtNode::InternalXPathRef(const TXPathNode* Step, const THtNodeProcRef& Pro
     Frame& f = stack.back();
     const TXPathNode* step = f.step;
     switch (f.at) {
-      case rEnter: {
-        if (step->Kind == xkAttr || step->Kind == xkCurrent) {
-          stack.pop_back();
-          break;
-        }
-        if (step->Kind == xkParent) {
-          if (!f.node->FParent) {
-            stack.pop_back();
-          } else if (step->Next) {
-            f = {f.node->FParent, step->Next, nullptr, 0, rEnter};
-          } else {
-            // The node itself, not its parent: callers rely on it.
-            bool more = true;
-            Proc(f.node, more);
-            if (!more)
-              return false;
-            stack.pop_back();
-          }
-          break;
-        }
-        f.child = f.node->FirstChild();
-        f.index = 0;
-        f.at = rTest;
-        break;
-      }
-      case rTest: {
-        if (!f.child) {
-          stack.pop_back();
-          break;
-        }
-        // Descendants come before the child itself here.
-        f.at = rAfterAll;
-        if (step->All)
-          stack.push_back({f.child, step, nullptr, 0, rEnter});
-        break;
-      }
-      case rAfterAll: {
-        THtNode* c = f.child;
-        f.at = rAfterMatch;
-        if (matches(c, step)) {
-          if (step->Next) {
-            stack.push_back({c, step->Next, nullptr, 0, rEnter});
-          } else {
-            bool more = true;
-            Proc(c, more);
-            if (!more)
-              return false;
-          }
-        }
-        break;
-      }
-      case rAfterMatch:
-        f.child = next_child(f);
-        ++f.index;
-        f.at = rTest;
-        break;
-      case rReturn:
+    case rEnter: {
+      if (step->Kind == xkAttr || step->Kind == xkCurrent) {
         stack.pop_back();
         break;
+      }
+      if (step->Kind == xkParent) {
+        if (!f.node->FParent) {
+          stack.pop_back();
+        } else if (step->Next) {
+          f = {f.node->FParent, step->Next, nullptr, 0, rEnter};
+        } else {
+          // The node itself, not its parent: callers rely on it.
+          bool more = true;
+          Proc(f.node, more);
+          if (!more)
+            return false;
+          stack.pop_back();
+        }
+        break;
+      }
+      f.child = f.node->FirstChild();
+      f.index = 0;
+      f.at = rTest;
+      break;
+    }
+    case rTest: {
+      if (!f.child) {
+        stack.pop_back();
+        break;
+      }
+      // Descendants come before the child itself here.
+      f.at = rAfterAll;
+      if (step->All)
+        stack.push_back({f.child, step, nullptr, 0, rEnter});
+      break;
+    }
+    case rAfterAll: {
+      THtNode* c = f.child;
+      f.at = rAfterMatch;
+      if (matches(c, step)) {
+        if (step->Next) {
+          stack.push_back({c, step->Next, nullptr, 0, rEnter});
+        } else {
+          bool more = true;
+          Proc(c, more);
+          if (!more)
+            return false;
+        }
+      }
+      break;
+    }
+    case rAfterMatch:
+      f.child = next_child(f);
+      ++f.index;
+      f.at = rTest;
+      break;
+    case rReturn:
+      stack.pop_back();
+      break;
     }
   }
   return true;
@@ -345,4 +345,4 @@ hstring THtNode::XPathValue(const hstring& APath, THtNode* Current) {
   return xp.Value;
 }
 
-}  // namespace ht
+} // namespace ht

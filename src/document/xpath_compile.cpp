@@ -1,11 +1,10 @@
 // Path text to TXPathNode steps. Nothing here fails: text that does not fit
 // the grammar ends up as a tag name or an operand that matches nothing.
 #include "htcore/document/xpath.h"
-
-#include <cstdint>
-
 #include "htcore/foundation/text_utils.h"
 #include "xpath_internal.h"
+
+#include <cstdint>
 
 namespace ht {
 
@@ -21,7 +20,7 @@ void skip_blanks(const char16_t*& p) {
 // Case-insensitive keyword at p, including its trailing blank (`and `).
 bool take_word(const char16_t*& p, std::u16string_view word) {
   for (size_t i = 0; i < word.size(); ++i)
-    if (CharLower(p[i]) != word[i])  // stops at NUL too: word holds none
+    if (CharLower(p[i]) != word[i]) // stops at NUL too: word holds none
       return false;
   p += word.size();
   return true;
@@ -62,7 +61,7 @@ hstring read_operand(const char16_t*& p, bool& str, bool& attr) {
   return s;
 }
 
-}  // namespace
+} // namespace
 
 bool detail::XPathToInt(std::u16string_view s, int& value) noexcept {
   size_t i = 0, n = s.size();
@@ -157,7 +156,7 @@ void TXPathProcessor::ExtractPathPart(const char16_t*& p, TXPathNode& Step) {
   } else if (SameText(name, u"current")) {
     Step.Kind = xkCurrent;
   } else if (name == u"text()") {
-    Step.Kind = xkTag;  // the empty tag: text nodes
+    Step.Kind = xkTag; // the empty tag: text nodes
   } else if (!name.empty() && name[0] == u'@') {
     Step.Kind = xkAttr;
     Step.Tag = name.substr(1);
@@ -208,32 +207,32 @@ void TXPathProcessor::ParseConditions(const hstring& s, TXPathNode& Step) {
 
     bool has_op = true;
     switch (*p) {
-      case u'=':
-        c.ctype = ctEQ;
-        ++p;
-        break;
-      case u'!':
-        c.ctype = ctNotEQ;
-        p += p[1] ? 2 : 1;  // the unit after `!` is taken whatever it is
-        break;
-      case u'<':
-      case u'>':
-        // A lone `>` is less-than too, and ctAbove never comes out: fixed
-        // behaviour that stored queries are written against.
-        c.ctype = p[1] == u'=' ? (*p == u'<' ? ctLessEQ : ctAboveEQ) : ctLess;
-        p += p[1] == u'=' ? 2 : 1;
-        break;
-      default:
-        has_op = false;
+    case u'=':
+      c.ctype = ctEQ;
+      ++p;
+      break;
+    case u'!':
+      c.ctype = ctNotEQ;
+      p += p[1] ? 2 : 1; // the unit after `!` is taken whatever it is
+      break;
+    case u'<':
+    case u'>':
+      // A lone `>` is less-than too, and ctAbove never comes out: fixed
+      // behaviour that stored queries are written against.
+      c.ctype = p[1] == u'=' ? (*p == u'<' ? ctLessEQ : ctAboveEQ) : ctLess;
+      p += p[1] == u'=' ? 2 : 1;
+      break;
+    default:
+      has_op = false;
     }
     if (has_op) {
       skip_blanks(p);
       c.right = read_operand(p, c.rightstr, c.rightattr);
     }
     Step.Conditions.push_back(std::move(c));
-    if (p == before)  // cannot happen with the rules above; keeps the loop finite regardless
+    if (p == before) // cannot happen with the rules above; keeps the loop finite regardless
       ++p;
   }
 }
 
-}  // namespace ht
+} // namespace ht

@@ -9,4 +9,4 @@ namespace ht::detail {
 // nothing else; false on overflow. Indexes and the numeric comparisons use it.
 bool XPathToInt(std::u16string_view s, int& value) noexcept;
 
-}  // namespace ht::detail
+} // namespace ht::detail

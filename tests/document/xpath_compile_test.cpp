@@ -1,7 +1,7 @@
+#include "htcore/document/xpath.h"
+
 #include <gtest/gtest.h>
 #include <string>
-
-#include "htcore/document/xpath.h"
 
 using namespace ht;
 
@@ -54,7 +54,7 @@ std::string dump(const hstring& path) {
   return out;
 }
 
-}  // namespace
+} // namespace
 
 TEST(XPathCompile, StepsAndKinds) {
   const struct {
@@ -72,15 +72,15 @@ TEST(XPathCompile, StepsAndKinds) {
       {u".//a", "//tag:a"},
       {u"a//b", "tag:a / //tag:b"},
       {u"a/", "tag:a"},
-      {u"a//", "tag:a / //tag:"},  // a trailing `//` is a descendant text step
+      {u"a//", "tag:a / //tag:"}, // a trailing `//` is a descendant text step
       {u"*/..", "*: / ..:"},
       {u"CURRENT/b", "current: / tag:b"},
       {u"Current", "current:"},
       {u"text()", "tag:"},
-      {u"TEXT()", "tag:TEXT()"},  // only current ignores case
+      {u"TEXT()", "tag:TEXT()"}, // only current ignores case
       {u"a/@href", "tag:a / attr:href"},
       {u"@", "attr:"},
-      {u".", "tag:."},  // no self step
+      {u".", "tag:."}, // no self step
       {u"a b", "tag:a b"},
       {u"A", "tag:A"},
   };
@@ -120,7 +120,7 @@ TEST(XPathCompile, Conditions) {
       {u"a[12]", "tag:a{#12}"},
       {u"a[last()]", "tag:a{#-1}"},
       {u"a[LAST()]", "tag:a{#-1}"},
-      {u"a[1 and 2]", "tag:a{1, 2}"},  // not an index
+      {u"a[1 and 2]", "tag:a{1, 2}"}, // not an index
       {u"a[99999999999]", "tag:a{99999999999}"},
       {u"a[-1]", "tag:a{-1}"},
       {u"a[@x]", "tag:a{@x}"},
@@ -132,10 +132,10 @@ TEST(XPathCompile, Conditions) {
       {u"a[text()='t']", "tag:a{text() = 't'}"},
       {u"a[@x=@y]", "tag:a{@x = @y}"},
       {u"a[@x!='1']", "tag:a{@x != '1'}"},
-      {u"a[@x!1]", "tag:a{@x != }"},  // `!` takes the next unit, whatever it is
+      {u"a[@x!1]", "tag:a{@x != }"}, // `!` takes the next unit, whatever it is
       {u"a[@n<5]", "tag:a{@n < 5}"},
       {u"a[@n<=5]", "tag:a{@n <= 5}"},
-      {u"a[@n>5]", "tag:a{@n < 5}"},  // `>` is less-than
+      {u"a[@n>5]", "tag:a{@n < 5}"}, // `>` is less-than
       {u"a[@n>=5]", "tag:a{@n >= 5}"},
       {u"a[@x and @y]", "tag:a{@x, @y}"},
       {u"a[@x or @y]", "tag:a{@x, or @y}"},
@@ -143,9 +143,9 @@ TEST(XPathCompile, Conditions) {
       {u"a[@x and not @y]", "tag:a{@x, not @y}"},
       {u"a[@x AND NOT @y OR @z]", "tag:a{@x, not @y, or @z}"},
       {u"a[@x='a b' and b[c='1 2']='z']", "tag:a{@x = 'a b', b[c='1 2'] = 'z'}"},
-      {u"a['xy]", "tag:a{'x'}"},  // first and last unit dropped, quote or not
+      {u"a['xy]", "tag:a{'x'}"}, // first and last unit dropped, quote or not
       {u"a[']", "tag:a{''}"},
-      {u"a[@x=]", "tag:a{@x}"},  // an empty right side is no right side
+      {u"a[@x=]", "tag:a{@x}"}, // an empty right side is no right side
       {u"a[@x!]", "tag:a{@x != }"},
       {u"a[= 1]", "tag:a{ = 1}"},
       {u"a[x y]", "tag:a{x, y}"},

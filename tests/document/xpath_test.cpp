@@ -1,10 +1,10 @@
+#include "document/tree_dump.h"
+#include "htcore/document/html_node.h"
+#include "htcore/document/xpath.h"
+
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
-
-#include "htcore/document/html_node.h"
-#include "htcore/document/xpath.h"
-#include "document/tree_dump.h"
 
 using namespace ht;
 
@@ -60,14 +60,14 @@ struct Case {
   const char* expected;
 };
 
-}  // namespace
+} // namespace
 
 TEST_F(XPathTest, ListForm) {
   const Case cases[] = {
       {u"lib", "lib"},
       {u"lib/book", "b1,b2,b3"},
       {u"lib/book/name", "name=Alpha,name=Beta,name="},
-      {u"//book", "b1,b2,b2x,b3"},  // a match precedes its descendants
+      {u"//book", "b1,b2,b2x,b3"}, // a match precedes its descendants
       {u"lib//name", "name=Alpha,name=Beta,name=Inner,name=Gamma,name="},
       {u"//b", "bold"},
       {u"lib/book//name", "name=Alpha,name=Beta,name=Inner,name="},
@@ -78,13 +78,13 @@ TEST_F(XPathTest, ListForm) {
       {u"lib/mag/*", "name=Gamma,'text',bold"},
       {u"lib/mag/text()", "'text'"},
       {u"lib/mag/name/text()", "'Gamma'"},
-      {u"lib/book/@lang", "b1"},  // the elements that have it
+      {u"lib/book/@lang", "b1"}, // the elements that have it
       {u"lib/book/@missing", ""},
       {u"lib/book[@id='b2']/..", "lib"},
-      {u"lib/book/..", "lib,lib,lib"},  // once per match
+      {u"lib/book/..", "lib,lib,lib"}, // once per match
       {u"lib/book/../mag", "m1,m1,m1"},
-      {u"..", ""},  // the document has no parent
-      {u"LIB/BOOK", ""},  // tags compare with case
+      {u"..", ""},       // the document has no parent
+      {u"LIB/BOOK", ""}, // tags compare with case
       {u"lib/Book", ""},
       {u"lib/nothing/book", ""},
       {u"", ""},
@@ -101,22 +101,22 @@ TEST_F(XPathTest, Conditions) {
       // Indexes count element siblings of any tag, from 0; comments do not count.
       {u"lib/book[0]", "b1"},
       {u"lib/book[1]", "b2"},
-      {u"lib/book[2]", ""},  // that one is the mag
+      {u"lib/book[2]", ""}, // that one is the mag
       {u"lib/mag[2]", "m1"},
       {u"lib/book[3]", "b3"},
-      {u"lib/*[1]", "!=note,b2"},  // a comment has the index of the element behind it
+      {u"lib/*[1]", "!=note,b2"}, // a comment has the index of the element behind it
       {u"lib/book/book[2]", "b2x"},
       // last() is the last child with a tag, and comments have one.
       {u"lib/book[last()]", ""},
       {u"lib/*[last()]", "!=tail"},
       {u"lib/book/*[last()]", "cost=10,b2x,name="},
-      {u"lib/book[1 and 2]", ""},  // no index: two paths that find nothing
+      {u"lib/book[1 and 2]", ""}, // no index: two paths that find nothing
       {u"lib/book[0][1]", ""},
       {u"lib/book[@lang]", "b1"},
-      {u"lib/book[@LANG]", "b1"},  // attribute names ignore case in HTML
+      {u"lib/book[@LANG]", "b1"}, // attribute names ignore case in HTML
       {u"lib/book[@n='7']", "b2"},
       {u"lib/book[@n=\"7\"]", "b2"},
-      {u"lib/book[@n = 7]", "b2"},  // a bare number is its own value
+      {u"lib/book[@n = 7]", "b2"}, // a bare number is its own value
       {u"lib/book[@n!='7']", "b1,b3"},
       {u"lib/book[@id=@n]", ""},
       {u"lib/book[name]", "b1,b2,b3"},
@@ -136,7 +136,7 @@ TEST_F(XPathTest, Conditions) {
       // Conditions fold left to right with no precedence.
       {u"lib/book[@lang or @n='7' and cost]", "b1,b2"},
       {u"lib/book[@n='x' or @lang and cost]", "b1"},
-      {u"lib/book['x']", "b1,b2,b3"},  // a literal alone: is it non-empty
+      {u"lib/book['x']", "b1,b2,b3"}, // a literal alone: is it non-empty
       {u"lib/book['']", ""},
   };
   for (const Case& c : cases)
@@ -146,17 +146,10 @@ TEST_F(XPathTest, Conditions) {
 TEST_F(XPathTest, NumericComparisons) {
   // `>` compiles as less-than; `>=` is right. Non-numbers make all of them false.
   const Case cases[] = {
-      {u"lib/*[@n>5]", "b1"},
-      {u"lib/*[@n > 5]", "b1"},
-      {u"lib/*[@n<5]", "b1"},
-      {u"lib/*[@n>=5]", "b2,m1"},
-      {u"lib/*[@n<=5]", "b1,m1"},
-      {u"lib/*[@n>='5']", "b2,m1"},
-      {u"lib/*[@n>=-100]", "b1,b2,m1"},
-      {u"lib/book[cost>=20]", "b2"},
-      {u"lib/book[cost<=@n]", ""},
-      {u"lib/book[@n<=cost]", "b1,b2"},
-      {u"lib/book[@n>=5.5]", ""},  // no floating point
+      {u"lib/*[@n>5]", "b1"},           {u"lib/*[@n > 5]", "b1"},      {u"lib/*[@n<5]", "b1"},
+      {u"lib/*[@n>=5]", "b2,m1"},       {u"lib/*[@n<=5]", "b1,m1"},    {u"lib/*[@n>='5']", "b2,m1"},
+      {u"lib/*[@n>=-100]", "b1,b2,m1"}, {u"lib/book[cost>=20]", "b2"}, {u"lib/book[cost<=@n]", ""},
+      {u"lib/book[@n<=cost]", "b1,b2"}, {u"lib/book[@n>=5.5]", ""}, // no floating point
       {u"lib/book[@n>=x]", ""},
   };
   for (const Case& c : cases)
@@ -176,11 +169,11 @@ TEST_F(XPathTest, ValueForm) {
       {u"lib/mag/b", "B"},
       {u"//name", "Alpha"},
       {u"//b", "B"},
-      {u"lib/book/..", "Alpha10noteBeta25InnerGammatextBtail"},  // comments have text
+      {u"lib/book/..", "Alpha10noteBeta25InnerGammatextBtail"}, // comments have text
       {u"lib/book[name='Beta']/book/name", "Inner"},
       {u"lib/nothing", ""},
       {u"lib/book/@missing", ""},
-      {u"lib/book/@n/name", "3"},  // an attribute step ends the walk
+      {u"lib/book/@n/name", "3"}, // an attribute step ends the walk
       {u"LIB", ""},
       {u"", ""},
       {u"current/lib/mag/b", "B"},
@@ -197,7 +190,7 @@ TEST_F(XPathTest, LeadingSlash) {
   // The list form starts at the node, whatever the path says.
   EXPECT_EQ(labels(b2->XPath(u"/lib/mag")), "");
   EXPECT_EQ(labels(b2->XPath(u"/name")), "name=Beta");
-  EXPECT_EQ(labels(b2->XPath(u"//name")), "name=Beta,name=Inner");  // only below b2
+  EXPECT_EQ(labels(b2->XPath(u"//name")), "name=Beta,name=Inner"); // only below b2
   // The value and callback forms start at the root.
   EXPECT_EQ(b2->XPathValue(u"/lib/mag/b").toUtf8(), "B");
   EXPECT_EQ(b2->XPathValue(u"name").toUtf8(), "Beta");
@@ -225,12 +218,8 @@ TEST_F(XPathTest, CurrentNode) {
 
 TEST_F(XPathTest, FirstOnly) {
   const Case cases[] = {
-      {u"lib/book", "b1"},
-      {u"//book", "b1"},
-      {u"//book/name", "name=Alpha"},
-      {u"lib/book/..", "lib"},
-      {u"lib/book[@n='7']", "b2"},
-      {u"lib/nothing", ""},
+      {u"lib/book", "b1"},     {u"//book", "b1"},           {u"//book/name", "name=Alpha"},
+      {u"lib/book/..", "lib"}, {u"lib/book[@n='7']", "b2"}, {u"lib/nothing", ""},
   };
   for (const Case& c : cases)
     EXPECT_EQ(labels(doc.XPath(c.path, true)), c.expected) << hstring(c.path).toUtf8();
@@ -275,7 +264,7 @@ TEST_F(XPathTest, CallbackForm) {
   doc.XPath(u"lib/mag", proc);
   const THtNodeProcRef& cproc = proc;
   doc.XPath(u"lib/mag", cproc);
-  doc.XPath(u"lib/mag", THtNodeProcRef());  // an empty one is ignored
+  doc.XPath(u"lib/mag", THtNodeProcRef()); // an empty one is ignored
   EXPECT_EQ(seen, "m1m1");
 }
 
@@ -283,21 +272,17 @@ TEST(XPath, IndexCountsElementsNotText) {
   THtmlNode doc;
   doc.Parse(u"<p>t<i>1</i>u<?pi?><b>2</b><!--c--></p>");
   const Case cases[] = {
-      {u"p/b[1]", "b=2"},
-      {u"p/b[0]", ""},
-      {u"p/i[0]", "i=1"},
-      {u"p/b[last()]", ""},
-      {u"p/text()", "'t','u'"},
-      {u"p/text()[0]", "'t'"},  // a text node counts the elements before it
-      {u"p/text()[1]", "'u'"},
-      {u"p/*[1]", "'u',?=pi,b=2"},  // directives count as little as comments
+      {u"p/b[1]", "b=2"},       {u"p/b[0]", ""},
+      {u"p/i[0]", "i=1"},       {u"p/b[last()]", ""},
+      {u"p/text()", "'t','u'"}, {u"p/text()[0]", "'t'"},     // a text node counts the elements before it
+      {u"p/text()[1]", "'u'"},  {u"p/*[1]", "'u',?=pi,b=2"}, // directives count as little as comments
       {u"p/*[2]", "!=c"},
   };
   for (const Case& c : cases)
     EXPECT_EQ(labels(doc.XPath(c.path)), c.expected) << hstring(c.path).toUtf8();
   EXPECT_EQ(labels(doc.XPath(u"p[0]")), "p=t1upi2c");
   TXPathProcessor xp(u"x[0]");
-  EXPECT_FALSE(doc.EvaluateCondition(xp.FirstStep()));  // no parent, no index
+  EXPECT_FALSE(doc.EvaluateCondition(xp.FirstStep())); // no parent, no index
   EXPECT_EQ(doc.XPathValue(u"p/text()").toUtf8(), "t");
 }
 
@@ -352,5 +337,5 @@ TEST(XPath, DeeplyNestedConditionsDoNotExhaustTheStack) {
   };
   EXPECT_EQ(doc.XPath(nested(3))->GetCount(), 1);
   EXPECT_EQ(doc.XPath(nested(100))->GetCount(), 1);
-  EXPECT_EQ(doc.XPath(nested(5000))->GetCount(), 0);  // beyond the nesting limit: false
+  EXPECT_EQ(doc.XPath(nested(5000))->GetCount(), 0); // beyond the nesting limit: false
 }

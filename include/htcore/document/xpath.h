@@ -17,10 +17,10 @@
 // leading `/`.
 #pragma once
 
-#include <vector>
-
 #include "htcore/foundation/enum_info.h"
 #include "htcore/foundation/hstring.h"
+
+#include <vector>
 
 namespace ht {
 
@@ -36,23 +36,23 @@ HT_ENUM(TXBoolOp, boAnd, boOr, boNot);
 struct TXCondition {
   hstring left;
   hstring right;
-  bool leftstr = false;   // left is a quoted literal (quotes removed)
+  bool leftstr = false; // left is a quoted literal (quotes removed)
   bool rightstr = false;
-  bool leftattr = false;  // left is `@name` (the @ removed)
+  bool leftattr = false; // left is `@name` (the @ removed)
   bool rightattr = false;
   TXConditionType ctype = ctEQ;
-  int index = 0;  // ctIndex: wanted ChildIndex, -1 for last()
-  TXBoolOp Op = boAnd;  // joins this condition to the result of those before
+  int index = 0;       // ctIndex: wanted ChildIndex, -1 for last()
+  TXBoolOp Op = boAnd; // joins this condition to the result of those before
 };
 
 // One compiled step. An xkTag step with an empty Tag is the text step, since
 // text nodes have no tag.
 struct TXPathNode {
   TXPathNodeKind Kind = xkTag;
-  bool All = false;  // written with `//`: applies to all descendants too
+  bool All = false; // written with `//`: applies to all descendants too
   hstring Tag;
   std::vector<TXCondition> Conditions;
-  TXPathNode* Next = nullptr;  // the following step, null at the last
+  TXPathNode* Next = nullptr; // the following step, null at the last
   TXPathProcessor* Processor = nullptr;
 };
 
@@ -64,10 +64,10 @@ public:
   TXPathProcessor(const TXPathProcessor&) = delete;
   TXPathProcessor& operator=(const TXPathProcessor&) = delete;
 
-  bool Root = false;  // the path began with `/`
-  hstring Value;      // the answer of a value query
+  bool Root = false; // the path began with `/`
+  hstring Value;     // the answer of a value query
   std::vector<TXPathNode> Nodes;
-  THtNode* Current = nullptr;  // the node of the `current` step
+  THtNode* Current = nullptr; // the node of the `current` step
 
   // The first step, or null for an empty path.
   TXPathNode* FirstStep() noexcept { return Nodes.empty() ? nullptr : Nodes.data(); }
@@ -78,4 +78,4 @@ public:
   void ParseConditions(const hstring& s, TXPathNode& Step);
 };
 
-}  // namespace ht
+} // namespace ht
