@@ -9,3 +9,8 @@ if(HTCORE_PEERS)
   find_package(pugixml REQUIRED)
   target_link_libraries(xpath_bench PRIVATE pugixml::pugixml)
 endif()
+if(HTCORE_PEERS)
+  find_package(pugixml REQUIRED)
+  target_link_libraries(xml_bench PRIVATE LibXml2::LibXml2 pugixml::pugixml)
+  # json_bench: RapidJSON and nlohmann::json are header-only (rapidjson-dev, nlohmann-json3-dev).
+endif()

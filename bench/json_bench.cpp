@@ -1,0 +1,148 @@
+// JSON to a tree from bytes in memory: THtXMLNode::CreatefromJSON (UTF-8
+// decoding and the node tree), and with HTCORE_PEERS RapidJSON's DOM and
+// nlohmann::json on the same bytes. Inputs: the JSON files of Debian's
+// iso-codes, when present, and a generated document with numbers, nesting
+// and escapes. Counters x_rapidjson / x_nlohmann on the htcore runs: peer
+// time / htcore time, so above 1 means htcore is faster.
+#include "htcore/document/xml_node.h"
+
+#include <benchmark/benchmark.h>
+#include <chrono>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#ifdef HTCORE_PEERS
+#include <nlohmann/json.hpp>
+#include <rapidjson/document.h>
+#endif
+
+namespace {
+
+struct TInput {
+  std::string name;
+  std::string bytes;
+};
+
+std::string make_document(int records) {
+  std::string s = "{\"generator\":\"bench\",\"count\":" + std::to_string(records) + ",\"records\":[\n";
+  for (int i = 0; i < records; ++i) {
+    std::string n = std::to_string(i);
+    if (i)
+      s += ",\n";
+    s += "{\"id\":" + n + ",\"name\":\"Record " + n + " caf\xC3\xA9\",\"price\":" + n +
+         ".25,\"ok\":" + (i % 2 ? "true" : "false") + ",\"note\":null,\"tags\":[\"a\",\"b\\n" + n +
+         "\",\"\\u00e9t\\u00e9\"],\"size\":{\"w\":" + std::to_string(i % 640) +
+         ",\"h\":" + std::to_string(i % 480) + ",\"scale\":1.5e-3},\"path\":\"C:\\\\data\\\\" + n + "\"}";
+  }
+  return s + "\n]}\n";
+}
+
+std::vector<TInput>& inputs() {
+  static std::vector<TInput> list = [] {
+    std::vector<TInput> v;
+    for (const char* path :
+         {"/usr/share/iso-codes/json/iso_639-3.json", "/usr/share/iso-codes/json/iso_3166-2.json"}) {
+      std::ifstream f(path, std::ios::binary);
+      if (!f)
+        continue;
+      std::stringstream ss;
+      ss << f.rdbuf();
+      std::string name = path;
+      v.push_back({name.substr(name.rfind('/') + 1), ss.str()});
+    }
+    v.push_back({"generated", make_document(20000)});
+    return v;
+  }();
+  return list;
+}
+
+std::map<std::string, double> g_peer_seconds; // "peer/input" -> seconds per iteration
+
+template <class F> void timed(benchmark::State& state, const TInput& in, const std::string& key, F&& body) {
+  auto start = std::chrono::steady_clock::now();
+  for (auto _ : state)
+    body();
+  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() /
+                   static_cast<double>(state.iterations());
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(in.bytes.size()));
+  if (!key.empty()) {
+    g_peer_seconds[key + "/" + in.name] = seconds;
+    return;
+  }
+  for (const char* peer : {"rapidjson", "nlohmann"}) {
+    auto it = g_peer_seconds.find(std::string(peer) + "/" + in.name);
+    if (it != g_peer_seconds.end())
+      state.counters[std::string("x_") + peer] = it->second / seconds;
+  }
+}
+
+void BM_Htcore(benchmark::State& state, const TInput* in) {
+  timed(state, *in, "", [&] {
+    auto doc = ht::THtXMLNode::CreatefromJSON(ht::Utf8ToHString(in->bytes));
+    benchmark::DoNotOptimize(doc->FNodes);
+  });
+}
+
+void BM_HtcoreTokens(benchmark::State& state, const TInput* in) {
+  ht::hstring text = ht::Utf8ToHString(in->bytes);
+  for (auto _ : state) {
+    ht::THtJSONTokenizer t(text);
+    int n = 0;
+    while (t.NextToken())
+      ++n;
+    benchmark::DoNotOptimize(n);
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(in->bytes.size()));
+}
+
+void BM_HtcoreWrite(benchmark::State& state, const TInput* in) {
+  auto doc = ht::THtXMLNode::CreatefromJSON(ht::Utf8ToHString(in->bytes));
+  for (auto _ : state) {
+    ht::hstring out = doc->JSON();
+    benchmark::DoNotOptimize(out.Pointer());
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(in->bytes.size()));
+}
+
+#ifdef HTCORE_PEERS
+void BM_RapidJSON(benchmark::State& state, const TInput* in) {
+  timed(state, *in, "rapidjson", [&] {
+    rapidjson::Document d;
+    d.Parse(in->bytes.data(), in->bytes.size());
+    benchmark::DoNotOptimize(d.HasParseError());
+  });
+}
+
+void BM_Nlohmann(benchmark::State& state, const TInput* in) {
+  timed(state, *in, "nlohmann", [&] {
+    auto j = nlohmann::json::parse(in->bytes);
+    benchmark::DoNotOptimize(j.size());
+  });
+}
+#endif
+
+} // namespace
+
+int main(int argc, char** argv) {
+  for (const TInput& in : inputs()) {
+#ifdef HTCORE_PEERS
+    benchmark::RegisterBenchmark(("RapidJSON/" + in.name).c_str(), BM_RapidJSON, &in)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(("Nlohmann/" + in.name).c_str(), BM_Nlohmann, &in)
+        ->Unit(benchmark::kMillisecond);
+#endif
+    benchmark::RegisterBenchmark(("Htcore/" + in.name).c_str(), BM_Htcore, &in)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(("HtcoreTokens/" + in.name).c_str(), BM_HtcoreTokens, &in)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(("HtcoreWrite/" + in.name).c_str(), BM_HtcoreWrite, &in)
+        ->Unit(benchmark::kMillisecond);
+  }
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

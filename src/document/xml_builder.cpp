@@ -1,0 +1,142 @@
+// XML text into THtXMLNode trees, through the HTML reader in XML mode.
+//
+// The builder keeps its place in the tree with the parent links instead of
+// recursing per element, so the nesting depth is bounded by memory only.
+#include "htcore/document/xml_node.h"
+#include "htcore/foundation/codepage.h"
+#include "htcore/foundation/text_utils.h"
+
+#include <string>
+#include <string_view>
+
+namespace ht {
+
+namespace {
+
+using sv = std::u16string_view;
+
+bool is_blank(sv s) {
+  for (char16_t c : s)
+    if (c > u' ')
+      return false;
+  return true;
+}
+
+bool contains_utf8(sv s) {
+  static constexpr sv kUtf8 = u"utf-8";
+  if (s.size() < kUtf8.size())
+    return false;
+  for (size_t i = 0; i + kUtf8.size() <= s.size(); ++i) {
+    size_t k = 0;
+    while (k < kUtf8.size() && CharLower(s[i + k]) == kUtf8[k])
+      ++k;
+    if (k == kUtf8.size())
+      return true;
+  }
+  return false;
+}
+
+// Whether the rest of the source may hold UTF-8 read as 8-bit units. In the
+// Latin code pages a UTF-8 lead byte reads as U+00C2..U+00F4 and a
+// continuation byte as U+0080..U+00BF or, for 0x80..0x9F in 1252, a unit
+// from U+0100 up; text without such a pair is proper text already. The
+// reader's own test narrows the whole rest, which costs far more.
+bool may_be_narrow_utf8(const TStringParser& sp) {
+  int cp = HtGetSystemCodePage();
+  if (cp != 1252 && cp != 28591)
+    return true;
+  for (const char16_t* q = sp.p; q + 1 < sp.pend; ++q)
+    if (*q >= 0xC2 && *q <= 0xF4 && ((q[1] >= 0x80 && q[1] <= 0xBF) || q[1] >= 0x100))
+      return true;
+  return false;
+}
+
+// An XML declaration naming UTF-8 lets the reader re-decode the rest of a
+// text that arrived as 8-bit units (it checks the bytes first).
+void check_declaration(THtmlParser& HP) {
+  if (HP.Encoding != heUTF8 && HP.Value.view().starts_with(u"xml ") && contains_utf8(HP.Value.view()) &&
+      may_be_narrow_utf8(HP.Tokenizer.Parser))
+    HP.ChangeEncoding(heUTF8, 0);
+}
+
+bool is_text_item(const THtmlParser& HP) {
+  return HP.Tag.empty() && (HP.TagType == htIdent || HP.TagType == htSpace || HP.TagType == htString);
+}
+
+[[noreturn]] void tag_order_error(const hstring& expected, const hstring& found, int pos) {
+  throw EHtXML("Tag order error: /" + expected.toUtf8() + " expected, /" + found.toUtf8() +
+               " found at position " + std::to_string(pos));
+}
+
+} // namespace
+
+void THtXMLNode::SetXML(const hstring& XML) {
+  ClearNode();
+  FContent.clear();
+  FProcessingInstructions.reset();
+  THtmlParser hp(XML, true);
+  hp.SetCaseSensitive(true);
+  while (hp.NextItem()) {
+    if (hp.TagType == htIdent && !hp.Tag.empty() && !hp.IsCloseTag) {
+      Parse(hp);
+      return;
+    }
+    if (hp.TagType == htDirective) {
+      AddProcessingInstruction(hp.Value);
+      check_declaration(hp);
+    }
+  }
+}
+
+// Steps 1 and 2 for one element: tag, attributes, xml:space. False when
+// the element needs no end tag.
+bool open_element(THtXMLNode* n, THtmlParser& HP) {
+  if (n->FTag != HP.Tag)
+    n->SetTag(HP.Tag);
+  n->TagType = HP.TagType;
+  if (HP.Attributes && HP.Attributes->Count > 0) {
+    delete n->FAttributes;
+    n->FAttributes = HP.Attributes.release();
+    n->FAttributes->CaseSensitive = true;
+    static const hstring kSpace(u"xml:space");
+    n->FPreserveSpace = n->FAttributes->GetAttribute(kSpace) == u"preserve";
+  }
+  return !HP.TagClosed;
+}
+
+void THtXMLNode::Parse(THtmlParser& HP) {
+  if (!open_element(this, HP))
+    return;
+  THtNode* root = Root();
+  THtXMLNode* cur = this;
+  while (HP.NextItem()) {
+    if (HP.IsCloseTag) {
+      if (HP.Tag != cur->FTag)
+        tag_order_error(cur->FTag, HP.Tag, HP.StartPos);
+      if (cur == this)
+        return;
+      cur = static_cast<THtXMLNode*>(cur->FParent);
+      continue;
+    }
+    if (is_text_item(HP)) {
+      if (is_blank(HP.Value) && !cur->FPreserveSpace) {
+        cur->FContent += HP.Value;
+        continue;
+      }
+      if (!cur->FirstChild() && cur->FContent.empty()) {
+        cur->FContent = HP.Value;
+        continue;
+      }
+    }
+    THtXMLNode* child = cur->NewChild(root, HP.Tag);
+    child->TagType = HP.TagType;
+    if (HP.TagType == htDirective)
+      check_declaration(HP);
+    if (HP.Tag.empty())
+      child->FContent = HP.Value;
+    else if (open_element(child, HP))
+      cur = child;
+  }
+}
+
+} // namespace ht
