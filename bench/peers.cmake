@@ -14,3 +14,7 @@ if(HTCORE_PEERS)
   target_link_libraries(xml_bench PRIVATE LibXml2::LibXml2 pugixml::pugixml)
   # json_bench: RapidJSON and nlohmann::json are header-only (rapidjson-dev, nlohmann-json3-dev).
 endif()
+if(HTCORE_PEERS)
+  find_package(EXPAT REQUIRED)
+  target_link_libraries(sax_bench PRIVATE EXPAT::EXPAT)
+endif()

@@ -120,6 +120,9 @@ THtSAXXMLParser::TStep THtSAXXMLParser::Step(bool AStore) {
         return SkipComment();
       if (SaxStarts(p, end, "<![CDATA[", 9))
         return ReadText();
+      // Texts on both sides of a declaration are two texts, not an error.
+      if (FLastEvent == seText)
+        FLastEvent = seTagEnd;
       return SkipDeclaration();
     }
     return ReadStartTag(AStore);
