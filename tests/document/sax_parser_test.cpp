@@ -120,7 +120,9 @@ TEST(SaxParser, EventsOfSmallDocuments) {
       {"<!DOCTYPE r [<!ENTITY e \"v\">]><!-- c --><r>a<!-- <b> -->b<![CDATA[<&amp;>]]>c</r>",
        "<r>1 'ab<&amp;>c' </r>0"},
       {"<r><![CDATA[x]]></r>", "<r>1 'x' </r>0"},
-      {"<?xml?>\n<!DOCTYPE r>\n<r/>", "<?xml>1 </?xml>0 '\\u000A' '\\u000A' <r>1 </r>0"},
+      {"<?xml ?>\n<!DOCTYPE r>\n<r/>", "<?xml>1 </?xml>0 '\\u000A' '\\u000A' <r>1 </r>0"},
+      // A '?' ends no name.
+      {"<?pi?>", "<?pi?>1"},
       {"<r><!-- unterminated", "<r>1"},
       // A '/' that does not close a tag starts text; stray end tags go below 0.
       {"<a / b>", "<a>1 '/ b>'"},

@@ -10,6 +10,7 @@ const std::vector<Command>& Commands() {
   static const std::vector<Command> list = {
       {"version", "version", "print the library version", CmdVersion},
       {"tokens", "tokens FILE|-", "HTML item stream (tags, text, blocks), one a line", CmdTokens},
+      {"xml text", "xml text FILE|-", "the text of an XML document of any size (UTF-8)", CmdXmlText},
       {"html", "html text|format|compact FILE|-", "HTML as plain text, indented or compact HTML (UTF-8)",
        CmdHtml},
   };

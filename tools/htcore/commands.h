@@ -9,7 +9,7 @@
 namespace htcore_cli {
 
 struct Command {
-  const char* name;   // first word on the command line
+  const char* name;   // first word on the command line, or the first two ("xml text")
   const char* usage;  // shown in the help
   const char* help;
   int (*run)(int argc, char** argv);  // arguments after the command word
@@ -26,6 +26,7 @@ int Fail(const std::string& message);
 
 int CmdVersion(int argc, char** argv);
 int CmdTokens(int argc, char** argv);
+int CmdXmlText(int argc, char** argv);
 // html text|format|compact FILE|-
 int CmdHtml(int argc, char** argv);
 

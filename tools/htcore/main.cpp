@@ -22,6 +22,13 @@ int main(int argc, char** argv) {
     Usage(argc < 2 ? stderr : stdout);
     return argc < 2 ? 1 : 0;
   }
+  // A two-word name ("xml text") wins over a one-word group of the same first word.
+  if (argc >= 3) {
+    std::string two = std::string(argv[1]) + " " + argv[2];
+    for (const htcore_cli::Command& c : htcore_cli::Commands())
+      if (c.name == two)
+        return c.run(argc - 3, argv + 3);
+  }
   for (const htcore_cli::Command& c : htcore_cli::Commands()) {
     if (c.name == std::string(argv[1]))
       return c.run(argc - 2, argv + 2);
