@@ -33,7 +33,7 @@ const TUnit kUnits[] = {
     {"htresource", nullptr, nullptr},
     {"htplatform", nullptr, nullptr},
     {"htgif", nullptr, nullptr},
-    {"httemplates", nullptr, nullptr},
+    {"httemplates", StartHtTemplates, StopHtTemplates},
 };
 
 std::recursive_mutex& Lock() {

@@ -17,4 +17,8 @@ void StopHtDictionary();
 void StartHtmlPars();
 void StopHtmlPars();
 
+// httemplates: the built-in template functions.
+void StartHtTemplates();
+void StopHtTemplates();
+
 }  // namespace ht::detail
