@@ -42,15 +42,27 @@ char16_t upper_unit(char16_t c) {
   if (in_odd_pair_range(c))
     return (c & 1) ? c : static_cast<char16_t>(c - 1);
   switch (c) {
-  case 0xFF: return 0x178;
-  case 0x131: return u'I';
-  case 0x17F: return u'S';
-  case 0x3C2: return 0x3A3;
-  case 0x3AC: return 0x386;
-  case 0x3AD: case 0x3AE: case 0x3AF: return static_cast<char16_t>(c - 0x25);
-  case 0x3CC: return 0x38C;
-  case 0x3CD: case 0x3CE: return static_cast<char16_t>(c - 0x3F);
-  default: return c;
+  case 0xFF:
+    return 0x178;
+  case 0x131:
+    return u'I';
+  case 0x17F:
+    return u'S';
+  case 0x3C2:
+    return 0x3A3;
+  case 0x3AC:
+    return 0x386;
+  case 0x3AD:
+  case 0x3AE:
+  case 0x3AF:
+    return static_cast<char16_t>(c - 0x25);
+  case 0x3CC:
+    return 0x38C;
+  case 0x3CD:
+  case 0x3CE:
+    return static_cast<char16_t>(c - 0x3F);
+  default:
+    return c;
   }
 }
 
@@ -67,13 +79,23 @@ char16_t lower_unit(char16_t c) {
   if (in_odd_pair_range(c))
     return (c & 1) ? static_cast<char16_t>(c + 1) : c;
   switch (c) {
-  case 0x178: return 0xFF;
-  case 0x130: return u'i';
-  case 0x386: return 0x3AC;
-  case 0x388: case 0x389: case 0x38A: return static_cast<char16_t>(c + 0x25);
-  case 0x38C: return 0x3CC;
-  case 0x38E: case 0x38F: return static_cast<char16_t>(c + 0x3F);
-  default: return c;
+  case 0x178:
+    return 0xFF;
+  case 0x130:
+    return u'i';
+  case 0x386:
+    return 0x3AC;
+  case 0x388:
+  case 0x389:
+  case 0x38A:
+    return static_cast<char16_t>(c + 0x25);
+  case 0x38C:
+    return 0x3CC;
+  case 0x38E:
+  case 0x38F:
+    return static_cast<char16_t>(c + 0x3F);
+  default:
+    return c;
   }
 }
 
@@ -162,7 +184,8 @@ void fn_eq(const hstring& s, hstring& r) {
   if (!p2)
     return;
   std::u16string_view v = s.view();
-  if (v.substr(0, static_cast<size_t>(p1 - 1)) == v.substr(static_cast<size_t>(p1), static_cast<size_t>(p2 - p1 - 1)))
+  if (v.substr(0, static_cast<size_t>(p1 - 1)) ==
+      v.substr(static_cast<size_t>(p1), static_cast<size_t>(p2 - p1 - 1)))
     r = s.substr(static_cast<size_t>(p2));
 }
 
@@ -206,11 +229,16 @@ void RegisterBuiltinTemplateFunctions() {
     const char16_t* name;
     void (*f)(const hstring&, hstring&);
   } kBuiltins[] = {
-      {u"upper", fn_upper},          {u"lower", fn_lower},
-      {u"trim", fn_trim},            {u"include", TemplateInclude},
-      {u"charstorects", fn_charstorects}, {u"padleft", fn_padleft},
-      {u"date", fn_date},            {u"formatmoney", fn_formatmoney},
-      {u"formatdate", fn_formatdate}, {u"eq", fn_eq},
+      {u"upper", fn_upper},
+      {u"lower", fn_lower},
+      {u"trim", fn_trim},
+      {u"include", TemplateInclude},
+      {u"charstorects", fn_charstorects},
+      {u"padleft", fn_padleft},
+      {u"date", fn_date},
+      {u"formatmoney", fn_formatmoney},
+      {u"formatdate", fn_formatdate},
+      {u"eq", fn_eq},
   };
   for (const auto& b : kBuiltins)
     RegisterHtTemplateFunction(b.name, b.f);

@@ -1,12 +1,15 @@
 // Helpers shared by the template sources.
 #pragma once
 
+#include "htcore/document/node_list.h"
 #include "htcore/foundation/date_time.h"
 #include "htcore/foundation/hstring.h"
 
 namespace ht {
 class THtTemplateContext;
-}
+struct THtTemplateName;
+class TFastString;
+} // namespace ht
 
 namespace ht::detail {
 
@@ -32,6 +35,15 @@ hstring DecodeTemplateBytes(const RawByteString& Bytes);
 
 // The "include" function: the text of the file the text names.
 void TemplateInclude(const hstring& Path, hstring& Result);
+
+// The lookups behind GetVar and GetSection, on a name taken apart already.
+// Probe: the value only decides a section, so a node's XML text is not built.
+hstring LookupVar(THtTemplateContext& C, const hstring& Name, const THtTemplateName& N, bool Probe);
+bool LookupSection(THtTemplateContext& C, const hstring& Name, const THtTemplateName& N, IHtNodeList& List);
+
+// Writes s escaped for an HTML attribute value: &lt; &gt; &amp; &quot;
+// &nbsp; and &#N; for the codes below 10.
+void AppendHtmlAttrEncoded(TFastString& Out, std::u16string_view s);
 
 // Start and stop of the httemplates unit: the built-in functions.
 void RegisterBuiltinTemplateFunctions();

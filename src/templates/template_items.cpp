@@ -106,6 +106,12 @@ void CompileTemplateName(const hstring& Name, THtTemplateName& R) {
   // One dot means this level; every pair climbs one level.
   R.Up = static_cast<int>(dots / 2);
   split_steps(path.substr(dots), R.Steps);
+  if (!R.Steps.empty()) {
+    const hstring& last = R.Steps.back();
+    if (last[0] == u'@')
+      R.Attr = last.substr(1);
+    R.LastPath = last.view().find(u'/') != std::u16string_view::npos;
+  }
 
   size_t slash = s.find(u'/');
   if (slash != std::u16string_view::npos) {

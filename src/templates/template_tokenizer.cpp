@@ -51,7 +51,7 @@ void THtTemplateTokenizer::ReadBlock() {
   const char16_t* p = SP.p;
   const char16_t* end = SP.pend;
   const char16_t* q = p + 1;
-  while (q < end && *q > u' ' && *q != u'>')
+  while (q<end&& * q> u' ' && *q != u'>')
     ++q;
   std::u16string_view tag(p + 1, static_cast<size_t>(q - p - 1));
   bool script = !starts_with(p, u"<template-");

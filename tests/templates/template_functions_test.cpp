@@ -1,10 +1,9 @@
 // The built-in text functions, the registry and the "include" confinement.
-#include <gtest/gtest.h>
-
 #include "htcore/foundation/files.h"
 #include "htcore/templates/template_functions.h"
 
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <string>
 #include <unistd.h>
 
@@ -54,12 +53,20 @@ TEST(TemplateFunctions, CaseAndTrim) {
   } cases[] = {
       {u"upper", "abc xyz", "ABC XYZ"},
       {u"upper", "\xC3\xA4rger \xC3\xBF \xC3\x9F", "\xC3\x84RGER \xC5\xB8 \xC3\x9F"}, // ärger ÿ ß
-      {u"upper", "\xD0\xBF\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82 \xD1\x91", // привет ё
+      {u"upper", "\xD0\xBF\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82 \xD1\x91",         // привет ё
        "\xD0\x9F\xD0\xA0\xD0\x98\xD0\x92\xD0\x95\xD0\xA2 \xD0\x81"},
       {u"upper", "\xCE\xB1\xCF\x82\xCE\xAC", "\xCE\x91\xCE\xA3\xCE\x86"}, // αςά
-      {u"upper", "\xC5\x82\xC3\xB3" "d\xC5\xBA", "\xC5\x81\xC3\x93" "D\xC5\xB9"}, // łódź
+      {u"upper",
+       "\xC5\x82\xC3\xB3"
+       "d\xC5\xBA",
+       "\xC5\x81\xC3\x93"
+       "D\xC5\xB9"}, // łódź
       {u"lower", "ABC \xC3\x84 \xC5\xB8 \xD0\x81\xD0\xAF", "abc \xC3\xA4 \xC3\xBF \xD1\x91\xD1\x8F"},
-      {u"lower", "\xC5\x81\xC3\x93" "D\xC5\xB9 \xC3\x97", "\xC5\x82\xC3\xB3" "d\xC5\xBA \xC3\x97"}, // × stays
+      {u"lower",
+       "\xC5\x81\xC3\x93"
+       "D\xC5\xB9 \xC3\x97",
+       "\xC5\x82\xC3\xB3"
+       "d\xC5\xBA \xC3\x97"}, // × stays
       {u"trim", "  a b \r\n", "a b"},
       {u"trim", "", ""},
   };

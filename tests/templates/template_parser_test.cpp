@@ -1,8 +1,7 @@
 // Tokens, items and names of the template reader.
-#include <gtest/gtest.h>
-
 #include "htcore/templates/template_parser.h"
 
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
@@ -88,7 +87,8 @@ TEST(TemplateTokenizer, CutsTextVariablesAndBlocks) {
       {"{a}{", false, "T:{a}{"},
       {"a{{}}b", false, "T:a|V:|T:b"},
       {"x<b>y</b>", false, "T:x<b>y</b>"},
-      {"<template-row id=1>{{x}}</template-row>tail", false, "B:<template-row id=1>{{x}}</template-row>|T:tail"},
+      {"<template-row id=1>{{x}}</template-row>tail", false,
+       "B:<template-row id=1>{{x}}</template-row>|T:tail"},
       {"a<template-x>{{y}}", false, "T:a|B:<template-x>{{y}}"},
       {"<template-a>1</template-b>2</template-a>3", false, "B:<template-a>1</template-b>2</template-a>|T:3"},
       {"<script>if(a{{b}})</script>x", false, "B:<script>if(a{{b}})</script>|T:x"},

@@ -118,7 +118,8 @@ public:
   hstring Render(THtXMLNode* Root = nullptr);
   // The same on a private context; the template's variables are seen but not
   // changed. Safe to call from several threads at once.
-  hstring ThreadSafeRender(THtXMLNode* Node, TObject* ATagObject = nullptr, const THtGetVarEvent& OnGetVar = {},
+  hstring ThreadSafeRender(THtXMLNode* Node, TObject* ATagObject = nullptr,
+                           const THtGetVarEvent& OnGetVar = {},
                            const THtUpdateSectionEvent& AOnUpdateSection = {}) const;
   // Over a node "v" with one attribute per "name=value" line of Strings.
   hstring ThreadSafeRender(const TStringList& Strings, TObject* ATagObject = nullptr,
@@ -127,8 +128,8 @@ public:
 
   static hstring RenderTemplate(const hstring& Text, THtXMLNode* Node, bool JSONMode = false,
                                 TObject* ATagObject = nullptr);
-  static hstring RenderTemplate(const hstring& Text, const TStringList& Strings, TObject* ATagObject = nullptr,
-                                bool JSONMode = false);
+  static hstring RenderTemplate(const hstring& Text, const TStringList& Strings,
+                                TObject* ATagObject = nullptr, bool JSONMode = false);
 
   THtTemplateContext& Context() noexcept { return FTemplateContext; }
   void SetVariable(const hstring& Name, THtXMLNode* Node, bool Owned = false) {
@@ -147,7 +148,7 @@ public:
   const hstring& Text() const noexcept { return FTemplate; }
 
   THtUpdateSectionEvent OnUpdateSection;
-  bool NoTemplate = true;       // the text has no "{{"
+  bool NoTemplate = true; // the text has no "{{"
   THtTemplateItem* Items = nullptr;
   int TemplateSize = 0;
   int Tag = 0;

@@ -66,12 +66,14 @@ using THtTemplateFunction = std::function<void(const hstring& AText, hstring& AR
 struct THtTemplateName {
   enum TKind : uint8_t { tnPath, tnPass, tnIndex, tnSelf, tnTag };
   TKind Kind = tnPath;
-  bool Simple = false;       // no '.' in the name: it may name a variable
-  bool NumberFormat = false; // Format is a number pattern (else a date pattern)
-  int Up = 0;                // context levels to climb first ("..name")
-  hstring Pass;              // tnPass: the text written for a second pass
-  hstring Format;            // the "(format)" behind the name, without brackets
+  bool Simple = false;        // no '.' in the name: it may name a variable
+  bool NumberFormat = false;  // Format is a number pattern (else a date pattern)
+  int Up = 0;                 // context levels to climb first ("..name")
+  hstring Pass;               // tnPass: the text written for a second pass
+  hstring Format;             // the "(format)" behind the name, without brackets
   std::vector<hstring> Steps; // the path; the last step gives the value
+  hstring Attr;               // the last step "@name": the attribute name
+  bool LastPath = false;      // the last step holds a '/': a path query
   // Section lists.
   std::vector<hstring> SectionSteps; // the name split at every '.'
   hstring PathBase, PathRest;        // a name with '/': base before, path behind
@@ -86,15 +88,15 @@ enum THtTemplateItemKind { tiSection, tiVariable, tiText, tiComment };
 
 struct THtTemplateItem {
   THtTemplateItemKind Kind = tiSection;
-  bool Escape = false;   // a variable is encoded on output
-  bool Inverted = false; // a section is taken when its test fails
-  bool Nested = false;   // the variable's value is itself a variable name
-  bool NonEmpty = false; // a section is a plain test for a non-empty value
-  hstring Name;          // variable or section name, or the text of tiText
-  THtTemplateFunction func;             // section function, or empty
-  THtTemplateItem* Items = nullptr;     // first child
-  THtTemplateItem* Next = nullptr;      // next sibling
-  THtTemplateName Lookup;               // Name taken apart (variables and sections)
+  bool Escape = false;              // a variable is encoded on output
+  bool Inverted = false;            // a section is taken when its test fails
+  bool Nested = false;              // the variable's value is itself a variable name
+  bool NonEmpty = false;            // a section is a plain test for a non-empty value
+  hstring Name;                     // variable or section name, or the text of tiText
+  THtTemplateFunction func;         // section function, or empty
+  THtTemplateItem* Items = nullptr; // first child
+  THtTemplateItem* Next = nullptr;  // next sibling
+  THtTemplateName Lookup;           // Name taken apart (variables and sections)
 
   // Fills this item from a token. A section's children are linked by the
   // caller (ParseTemplateItems).
