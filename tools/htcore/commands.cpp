@@ -11,6 +11,8 @@ const std::vector<Command>& Commands() {
       {"version", "version", "print the library version", CmdVersion},
       {"tokens", "tokens FILE|-", "HTML item stream (tags, text, blocks), one a line", CmdTokens},
       {"xml text", "xml text FILE|-", "the text of an XML document of any size (UTF-8)", CmdXmlText},
+      {"render", "render TEMPLATE DATA|- [--json-mode] [--var name=value]...",
+       "render a {{ }} template over XML or JSON data (by extension; stdin is sniffed)", CmdRender},
       {"html", "html text|format|compact FILE|-", "HTML as plain text, indented or compact HTML (UTF-8)",
        CmdHtml},
   };

@@ -27,6 +27,7 @@ int Fail(const std::string& message);
 int CmdVersion(int argc, char** argv);
 int CmdTokens(int argc, char** argv);
 int CmdXmlText(int argc, char** argv);
+int CmdRender(int argc, char** argv);
 // html text|format|compact FILE|-
 int CmdHtml(int argc, char** argv);
 
