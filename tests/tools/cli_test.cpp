@@ -1,8 +1,7 @@
 // Runs the built htcore tool the way a user would.
-#include <gtest/gtest.h>
-
 #include <cstdio>
 #include <cstdlib>
+#include <gtest/gtest.h>
 #include <string>
 #include <sys/wait.h>
 
@@ -31,7 +30,7 @@ TRun RunTool(const std::string& args) {
 
 const std::string kExamples = HTCORE_SOURCE_DIR "/examples";
 
-}  // namespace
+} // namespace
 
 TEST(Cli, TokensOfTheBundledPage) {
   TRun r = RunTool("tokens " + kExamples + "/page.html");

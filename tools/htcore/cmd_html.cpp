@@ -7,9 +7,7 @@
 #include "htcore/document/html_node.h"
 #include "htcore/foundation/fast_string.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <string>
 
 namespace htcore_cli {
@@ -17,17 +15,6 @@ namespace htcore_cli {
 using ht::operator""_hs;
 
 namespace {
-
-// The library ends lines with CR LF; a terminal wants LF.
-std::string unix_lines(const ht::hstring& s) {
-  std::string out = s.toUtf8();
-  std::string::size_type w = 0;
-  for (std::string::size_type r = 0; r < out.size(); ++r)
-    if (!(out[r] == '\r' && r + 1 < out.size() && out[r + 1] == '\n'))
-      out[w++] = out[r];
-  out.resize(w);
-  return out;
-}
 
 // Text for reading on a terminal: blanks at line ends go, and the blank lines
 // left by the source's layout shrink to one between paragraphs.
@@ -55,14 +42,6 @@ std::string tidy_lines(const std::string& text) {
   return out;
 }
 
-int write_out(std::string text) {
-  if (text.empty() || text.back() != '\n')
-    text += '\n';
-  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
-    return Fail(std::string("cannot write the output: ") + std::strerror(errno));
-  return 0;
-}
-
 // The readable text is the body's; the head holds only the title and metadata.
 ht::hstring body_text(ht::THtmlNode& doc) {
   ht::THtNode* body = doc.Tag() == u"body" ? &doc : doc.FindNode(u"body"_hs);
@@ -86,16 +65,16 @@ int CmdHtml(int argc, char** argv) {
   ht::THtmlNode doc;
   doc.ParseBytes(bytes.data(), bytes.size());
   if (mode == "text")
-    return write_out(tidy_lines(unix_lines(body_text(doc))));
+    return WriteOut(tidy_lines(UnixLines(body_text(doc).toUtf8())));
   ht::TFastString fs(65535);
   fs.Charset = u"utf-8"_hs;
   if (mode == "compact") {
     doc.FastInnerHTML(fs);
-    return write_out(fs.GetAsString().toUtf8());
+    return WriteOut(fs.GetAsString().toUtf8());
   }
   bool after_block = true;
   doc.FastFormattedHTML(fs, 0, 2, after_block);
-  return write_out(unix_lines(fs.GetAsString()));
+  return WriteOut(UnixLines(fs.GetAsString().toUtf8()));
 }
 
 } // namespace htcore_cli

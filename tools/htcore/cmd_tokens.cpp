@@ -1,10 +1,10 @@
 // htcore tokens: the item stream of the HTML reader, one item a line.
-#include <cstdio>
-#include <string>
-
 #include "commands.h"
 #include "htcore/document/html_parser.h"
 #include "htcore/foundation/codepage.h"
+
+#include <cstdio>
+#include <string>
 
 namespace htcore_cli {
 
@@ -38,12 +38,23 @@ std::string Quote(const ht::hstring& s) {
   std::string out = "\"";
   for (char c : s.toUtf8()) {
     switch (c) {
-    case '\n': out += "\\n"; break;
-    case '\r': out += "\\r"; break;
-    case '\t': out += "\\t"; break;
-    case '"': out += "\\\""; break;
-    case '\\': out += "\\\\"; break;
-    default: out += c;
+    case '\n':
+      out += "\\n";
+      break;
+    case '\r':
+      out += "\\r";
+      break;
+    case '\t':
+      out += "\\t";
+      break;
+    case '"':
+      out += "\\\"";
+      break;
+    case '\\':
+      out += "\\\\";
+      break;
+    default:
+      out += c;
     }
   }
   return out + "\"";
@@ -51,18 +62,26 @@ std::string Quote(const ht::hstring& s) {
 
 const char* KindName(ht::THTMLTokenType t) {
   switch (t) {
-  case ht::htString: return "text";
-  case ht::htScript: return "script";
-  case ht::htStyle: return "style";
-  case ht::htComment: return "comment";
-  case ht::htDirective: return "directive";
-  case ht::htCData: return "cdata";
-  case ht::htCustom: return "custom";
-  default: return "item";
+  case ht::htString:
+    return "text";
+  case ht::htScript:
+    return "script";
+  case ht::htStyle:
+    return "style";
+  case ht::htComment:
+    return "comment";
+  case ht::htDirective:
+    return "directive";
+  case ht::htCData:
+    return "cdata";
+  case ht::htCustom:
+    return "custom";
+  default:
+    return "item";
   }
 }
 
-}  // namespace
+} // namespace
 
 int CmdTokens(int argc, char** argv) {
   if (argc != 1)
@@ -92,4 +111,4 @@ int CmdTokens(int argc, char** argv) {
   return 0;
 }
 
-}  // namespace htcore_cli
+} // namespace htcore_cli

@@ -1,8 +1,8 @@
 #include "commands.h"
 
 #include <cerrno>
-#include <cstring>
 #include <cstdio>
+#include <cstring>
 
 namespace htcore_cli {
 
@@ -15,6 +15,12 @@ const std::vector<Command>& Commands() {
        "render a {{ }} template over XML or JSON data (by extension; stdin is sniffed)", CmdRender},
       {"html", "html text|format|compact FILE|-", "HTML as plain text, indented or compact HTML (UTF-8)",
        CmdHtml},
+      {"xml", "xml format|tojson FILE|-", "XML as indented XML or as JSON (UTF-8)", CmdXml},
+      {"json", "json toxml FILE|-", "JSON as indented XML (UTF-8)", CmdJson},
+      {"xpath", "xpath [--xml] [--value] FILE PATH",
+       "nodes matching PATH as compact markup, or the first match's value; .xml/.svg/.rss files or --xml "
+       "read as XML",
+       CmdXPath},
   };
   return list;
 }
@@ -43,6 +49,23 @@ bool ReadInput(const char* name, std::string& bytes) {
   return true;
 }
 
+int WriteOut(std::string text) {
+  if (text.empty() || text.back() != '\n')
+    text += '\n';
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
+    return Fail(std::string("cannot write the output: ") + std::strerror(errno));
+  return 0;
+}
+
+std::string UnixLines(std::string text) {
+  std::string::size_type w = 0;
+  for (std::string::size_type r = 0; r < text.size(); ++r)
+    if (!(text[r] == '\r' && r + 1 < text.size() && text[r + 1] == '\n'))
+      text[w++] = text[r];
+  text.resize(w);
+  return text;
+}
+
 int Fail(const std::string& message) {
   std::fprintf(stderr, "htcore: %s\n", message.c_str());
   return 1;
@@ -53,4 +76,4 @@ int CmdVersion(int, char**) {
   return 0;
 }
 
-}  // namespace htcore_cli
+} // namespace htcore_cli

@@ -1,9 +1,9 @@
 // htcore: command-line front end of the library.
+#include "commands.h"
+
 #include <cstdio>
 #include <cstring>
 #include <string>
-
-#include "commands.h"
 
 namespace {
 
@@ -15,7 +15,7 @@ void Usage(FILE* out) {
     std::fprintf(out, "  %-28s %s\n", c.usage, c.help);
 }
 
-}  // namespace
+} // namespace
 
 int main(int argc, char** argv) {
   if (argc < 2 || !std::strcmp(argv[1], "--help") || !std::strcmp(argv[1], "-h")) {

@@ -1,0 +1,60 @@
+// Runs the built htcore tool (path in HTCORE_TOOL) as a user would, with
+// stdout and stderr kept apart.
+#pragma once
+
+#include <cstdlib>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <sys/wait.h>
+
+namespace clirun {
+
+struct TRun {
+  int Status = -1;
+  std::string Out, Err;
+};
+
+inline std::string slurp(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+inline std::string quote(const std::string& s) {
+  std::string q = "'";
+  for (char c : s)
+    q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return q + "'";
+}
+
+inline const char* tool() { return std::getenv("HTCORE_TOOL"); }
+
+// Runs `tool ARGS`, with Stdin piped in when given.
+inline TRun run(const std::string& args, const std::string* stdin_text = nullptr) {
+  std::string dir = ::testing::TempDir();
+  std::string out = dir + "htcore_cli_out", err = dir + "htcore_cli_err", in = dir + "htcore_cli_in";
+  std::string cmd = quote(tool()) + " " + args;
+  if (stdin_text) {
+    std::ofstream(in, std::ios::binary) << *stdin_text;
+    cmd += " <" + quote(in);
+  }
+  cmd += " >" + quote(out) + " 2>" + quote(err);
+  TRun r;
+  int rc = std::system(cmd.c_str());
+  r.Status = WIFEXITED(rc) ? WEXITSTATUS(rc) : -1;
+  r.Out = slurp(out);
+  r.Err = slurp(err);
+  return r;
+}
+
+inline int lines(const std::string& s) {
+  int n = 0;
+  for (char c : s)
+    n += c == '\n';
+  return n;
+}
+
+} // namespace clirun
+
+using namespace clirun;
