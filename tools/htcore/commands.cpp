@@ -9,18 +9,16 @@ namespace htcore_cli {
 const std::vector<Command>& Commands() {
   static const std::vector<Command> list = {
       {"version", "version", "print the library version", CmdVersion},
-      {"tokens", "tokens FILE|-", "HTML item stream (tags, text, blocks), one a line", CmdTokens},
-      {"xml text", "xml text FILE|-", "the text of an XML document of any size (UTF-8)", CmdXmlText},
       {"render", "render TEMPLATE DATA|- [--json-mode] [--var name=value]...",
        "render a {{ }} template over XML or JSON data (by extension; stdin is sniffed)", CmdRender},
+      {"tokens", "tokens FILE|-", "HTML item stream (tags, text, blocks), one a line", CmdTokens},
       {"html", "html text|format|compact FILE|-", "HTML as plain text, indented or compact HTML (UTF-8)",
        CmdHtml},
+      {"xml text", "xml text FILE|-", "the text of an XML document of any size (UTF-8)", CmdXmlText},
       {"xml", "xml format|tojson FILE|-", "XML as indented XML or as JSON (UTF-8)", CmdXml},
       {"json", "json toxml FILE|-", "JSON as indented XML (UTF-8)", CmdJson},
       {"xpath", "xpath [--xml] [--value] FILE PATH",
-       "nodes matching PATH as compact markup, or the first match's value; .xml/.svg/.rss files or --xml "
-       "read as XML",
-       CmdXPath},
+       "matches of PATH as markup, or the first one's value (.xml/.svg/.rss: XML)", CmdXPath},
   };
   return list;
 }
