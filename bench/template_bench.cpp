@@ -51,16 +51,17 @@ void encode(ht::TFastString& fs, const ht::hstring& s) {
   const char16_t* end = p + s.size();
   const char16_t* run = p;
   for (; p < end; ++p) {
-    std::u16string_view rep;
-    switch (*p) {
-    case u'<': rep = u"&lt;"; break;
-    case u'>': rep = u"&gt;"; break;
-    case u'&': rep = u"&amp;"; break;
-    case u'"': rep = u"&quot;"; break;
-    case 0xA0: rep = u"&nbsp;"; break;
-    default: continue;
+    char16_t c = *p;
+    if (c != u'<' && c != u'>' && c != u'&' && c != u'"' && c != 0xA0)
+      continue;
+    fs.Add(run, p - run);
+    switch (c) {
+    case u'<': fs.Add(u"&lt;"); break;
+    case u'>': fs.Add(u"&gt;"); break;
+    case u'&': fs.Add(u"&amp;"); break;
+    case u'"': fs.Add(u"&quot;"); break;
+    default: fs.Add(u"&nbsp;");
     }
-    fs.Add(run, p - run).Add(rep);
     run = p + 1;
   }
   fs.Add(run, end - run);
