@@ -5,8 +5,6 @@
 //
 // Each row has an attribute, two child values and the row number; one variant
 // adds a number format. The summary prints template time / hand-written time.
-#include <benchmark/benchmark.h>
-
 #include "htcore/document/xml_node.h"
 #include "htcore/foundation/convert.h"
 #include "htcore/foundation/fast_string.h"
@@ -14,6 +12,7 @@
 #include "htcore/foundation/text_utils.h"
 #include "htcore/templates/template.h"
 
+#include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstdio>
 #include <map>
@@ -28,7 +27,11 @@ ht::THtXMLNode& data() {
     ht::TFastString fs;
     fs.Add(u"<catalogue><rows>");
     for (int i = 0; i < kRows; ++i) {
-      fs.Add(u"<row id=\"r").Add(i).Add(u"\" price=\"").Add(i * 7 % 1000).Add(u".25\"><name>Item &lt;")
+      fs.Add(u"<row id=\"r")
+          .Add(i)
+          .Add(u"\" price=\"")
+          .Add(i * 7 % 1000)
+          .Add(u".25\"><name>Item &lt;")
           .Add(i)
           .Add(u"&gt; &amp; more</name><qty>")
           .Add(i % 13)
@@ -40,10 +43,12 @@ ht::THtXMLNode& data() {
   return doc;
 }
 
-const char16_t* kPlain = u"<table>\n{{#rows}}<tr id=\"{{.@id}}\"><td>{{-index}}</td><td>{{name}}</td><td>{{qty}}</td>"
-                         u"<td>{{.@price}}</td></tr>\n{{/rows}}</table>\n";
-const char16_t* kFormatted = u"<table>\n{{#rows}}<tr id=\"{{.@id}}\"><td>{{-index}}</td><td>{{name}}</td><td>{{qty}}"
-                             u"</td><td>{{.@price(# ##0.00)}}</td></tr>\n{{/rows}}</table>\n";
+const char16_t* kPlain =
+    u"<table>\n{{#rows}}<tr id=\"{{.@id}}\"><td>{{-index}}</td><td>{{name}}</td><td>{{qty}}</td>"
+    u"<td>{{.@price}}</td></tr>\n{{/rows}}</table>\n";
+const char16_t* kFormatted =
+    u"<table>\n{{#rows}}<tr id=\"{{.@id}}\"><td>{{-index}}</td><td>{{name}}</td><td>{{qty}}"
+    u"</td><td>{{.@price(# ##0.00)}}</td></tr>\n{{/rows}}</table>\n";
 
 // The escaping templates apply: attribute-value encoding.
 void encode(ht::TFastString& fs, const ht::hstring& s) {
@@ -56,11 +61,20 @@ void encode(ht::TFastString& fs, const ht::hstring& s) {
       continue;
     fs.Add(run, p - run);
     switch (c) {
-    case u'<': fs.Add(u"&lt;"); break;
-    case u'>': fs.Add(u"&gt;"); break;
-    case u'&': fs.Add(u"&amp;"); break;
-    case u'"': fs.Add(u"&quot;"); break;
-    default: fs.Add(u"&nbsp;");
+    case u'<':
+      fs.Add(u"&lt;");
+      break;
+    case u'>':
+      fs.Add(u"&gt;");
+      break;
+    case u'&':
+      fs.Add(u"&amp;");
+      break;
+    case u'"':
+      fs.Add(u"&quot;");
+      break;
+    default:
+      fs.Add(u"&nbsp;");
     }
     run = p + 1;
   }
@@ -111,7 +125,8 @@ template <class F> void timed(benchmark::State& state, const std::string& key, F
 
 void BM_Hand(benchmark::State& state, bool formatted) {
   ht::THtXMLNode& doc = data();
-  timed(state, std::string("Hand/") + (formatted ? "formatted" : "plain"), [&] { return hand_written(doc, formatted); });
+  timed(state, std::string("Hand/") + (formatted ? "formatted" : "plain"),
+        [&] { return hand_written(doc, formatted); });
 }
 
 void BM_Template(benchmark::State& state, bool formatted) {

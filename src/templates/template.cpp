@@ -27,7 +27,7 @@ THtTemplateContext::~THtTemplateContext() = default;
 
 void THtTemplateContext::SetVariable(const hstring& Name, THtXMLNode* Node, bool Owned) {
   Vars.Add(Name, Node);
-  if (Owned && Node)
+  if (Owned && Node && FObjects.IndexOf(Node) < 0)
     FObjects.Add(Node);
 }
 
@@ -35,6 +35,12 @@ THtXMLNode* THtTemplateContext::GetVariable(const hstring& Name) const {
   if (THtNameObjectPair* pair = Vars.GetPair(Name))
     return static_cast<THtXMLNode*>(pair->Value);
   return Shared ? Shared->GetVariable(Name) : nullptr;
+}
+
+THtXMLNode* THtTemplateContext::GetVariable(const hstring& Name, uint32_t Hash) const {
+  if (TObject* pair = Vars.GetHashed(Hash, Name))
+    return static_cast<THtXMLNode*>(static_cast<THtNameObjectPair*>(pair)->Value);
+  return Shared ? Shared->GetVariable(Name, Hash) : nullptr;
 }
 
 void THtTemplateContext::Clear() {

@@ -1,3 +1,4 @@
+#include "htcore/foundation/hash.h"
 #include "htcore/foundation/text_utils.h"
 #include "htcore/templates/template_functions.h"
 #include "htcore/templates/template_parser.h"
@@ -87,6 +88,7 @@ void CompileTemplateName(const hstring& Name, THtTemplateName& R) {
     return;
   }
   R.Simple = s.find(u'.') == std::u16string_view::npos;
+  R.Hash = ShaPerfectHashAsm(s.data(), static_cast<int>(s.size()));
   if (s == u"-tag")
     R.Kind = THtTemplateName::tnTag;
 

@@ -95,7 +95,7 @@ hstring LookupVar(THtTemplateContext& C, const hstring& Name, const THtTemplateN
     break;
   }
   if (N.Simple && !Name.empty())
-    if (const THtXMLNode* v = C.GetVariable(Name))
+    if (const THtXMLNode* v = C.GetVariable(Name, N.Hash))
       return code_of(v, Probe);
   if (N.Kind == THtTemplateName::tnTag)
     return C.Context.Context ? C.Context.Context->FTag : hstring();

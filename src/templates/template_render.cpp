@@ -20,33 +20,28 @@ void AppendHtmlAttrEncoded(TFastString& Out, std::u16string_view s) {
   for (; p < end; ++p) {
     char16_t c = *p;
     // One compare keeps the common letters on the fast path.
-    if (c > u'>' && c != 0xA0)
+    if ((c > u'>' && c != 0xA0) || (c >= 10 && c != u'<' && c != u'>' && c != u'&' && c != u'"'))
       continue;
-    std::u16string_view rep;
-    char16_t digit[4] = {u'&', u'#', 0, u';'};
+    Out.Add(run, p - run);
     switch (c) {
     case u'<':
-      rep = u"&lt;";
+      Out.Add(u"&lt;");
       break;
     case u'>':
-      rep = u"&gt;";
+      Out.Add(u"&gt;");
       break;
     case u'&':
-      rep = u"&amp;";
+      Out.Add(u"&amp;");
       break;
     case u'"':
-      rep = u"&quot;";
+      Out.Add(u"&quot;");
       break;
     case 0xA0:
-      rep = u"&nbsp;";
+      Out.Add(u"&nbsp;");
       break;
     default:
-      if (c >= 10)
-        continue;
-      digit[2] = static_cast<char16_t>(u'0' + c);
-      rep = std::u16string_view(digit, 4);
+      Out.Add2Char(u'&', u'#').Add2Char(static_cast<char16_t>(u'0' + c), u';');
     }
-    Out.Add(run, p - run).Add(rep);
     run = p + 1;
   }
   Out.Add(run, end - run);
@@ -111,6 +106,10 @@ void THtTemplate::RenderItems(THtTemplateContext& C, TFastString& Out) const {
     case tiComment:
       continue;
     case tiVariable: {
+      if (it->Lookup.Kind == THtTemplateName::tnIndex && !C.FOnGetVar) {
+        out.Add(C.Context.IndexVar + 1); // digits need no escaping
+        continue;
+      }
       hstring v = detail::LookupVar(C, it->Name, it->Lookup, false);
       if (it->Nested && !v.empty()) {
         THtTemplateName n;

@@ -238,6 +238,23 @@ TEST(TemplateRender, EscapesEveryListedUnit) {
             hstring(u"&lt;&gt;&amp;&quot;'&nbsp;&#1;&#9;\x0A\u00E9"));
 }
 
+TEST(TemplateRender, OwnedVariablesAreFreedOnce) {
+  THtTemplateContext c;
+  auto* n = new THtXMLNode(u"<a>1</a>"_hs);
+  c.SetVariable(u"x"_hs, n, true);
+  c.SetVariable(u"y"_hs, n, true);
+  EXPECT_EQ(c.FObjects.Count(), 1);
+  // Names hashed when a template is read must hash as the variables do.
+  THtTemplateName name;
+  CompileTemplateName(u"y"_hs, name);
+  EXPECT_EQ(c.Vars.HashOf(u"y"_hs), name.Hash);
+  EXPECT_EQ(c.GetVariable(u"y"_hs, name.Hash), n);
+  EXPECT_EQ(c.GetVariable(u"y"_hs), n);
+  c.Clear();
+  EXPECT_EQ(c.GetVariable(u"x"_hs), nullptr);
+  EXPECT_EQ(c.FObjects.Count(), 0);
+}
+
 TEST(TemplateRender, StringListForms) {
   TStringList s;
   s.Add(u"who=Ann <A>"_hs);

@@ -29,6 +29,7 @@
 #include "htcore/foundation/string_list.h"
 #include "htcore/templates/template_parser.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -84,6 +85,8 @@ public:
   void SetVariable(const hstring& Name, THtXMLNode* Node, bool Owned = false);
   // The node of a variable here, else in Shared; null when there is none.
   THtXMLNode* GetVariable(const hstring& Name) const;
+  // The same with the name's hash known (ShaPerfectHash, the dictionary's own).
+  THtXMLNode* GetVariable(const hstring& Name, uint32_t Hash) const;
   // Drops variables, owned nodes and the section levels.
   void Clear();
 

@@ -69,6 +69,7 @@ struct THtTemplateName {
   bool Simple = false;        // no '.' in the name: it may name a variable
   bool NumberFormat = false;  // Format is a number pattern (else a date pattern)
   int Up = 0;                 // context levels to climb first ("..name")
+  uint32_t Hash = 0;          // of the whole name, for variable lookups
   hstring Pass;               // tnPass: the text written for a second pass
   hstring Format;             // the "(format)" behind the name, without brackets
   std::vector<hstring> Steps; // the path; the last step gives the value
