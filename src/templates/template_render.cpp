@@ -20,8 +20,12 @@ void AppendHtmlAttrEncoded(TFastString& Out, std::u16string_view s) {
   for (; p < end; ++p) {
     char16_t c = *p;
     // One compare keeps the common letters on the fast path.
-    if ((c > u'>' && c != 0xA0) || (c >= 10 && c != u'<' && c != u'>' && c != u'&' && c != u'"'))
+    if (c > u'>') {
+      if (c != 0xA0)
+        continue;
+    } else if (c >= 10 && c != u'<' && c != u'>' && c != u'&' && c != u'"') {
       continue;
+    }
     Out.Add(run, p - run);
     switch (c) {
     case u'<':
