@@ -2,12 +2,14 @@
 //
 // The builder keeps its place in the tree with the parent links instead of
 // recursing per element, so the nesting depth is bounded by memory only.
+#include "document/xml_reader_internal.h"
 #include "htcore/document/xml_node.h"
 #include "htcore/foundation/codepage.h"
 #include "htcore/foundation/text_utils.h"
 
 #include <string>
 #include <string_view>
+#include <typeinfo>
 
 namespace ht {
 
@@ -22,9 +24,25 @@ bool is_blank(sv s) {
   return true;
 }
 
-bool contains_utf8(sv s) {
+// An XML declaration naming UTF-8 lets the reader re-decode the rest of a
+// text that arrived as 8-bit units (it checks the bytes first).
+void check_declaration(THtmlParser& HP) {
+  const TStringParser& sp = HP.Tokenizer.Parser;
+  if (HP.Encoding != heUTF8 && detail::DeclaresUtf8(HP.Value.view()) && detail::MayBeNarrowUtf8(sp.p, sp.pend))
+    HP.ChangeEncoding(heUTF8, 0);
+}
+
+bool is_text_item(const THtmlParser& HP) {
+  return HP.Tag.empty() && (HP.TagType == htIdent || HP.TagType == htSpace || HP.TagType == htString);
+}
+
+} // namespace
+
+namespace detail {
+
+bool DeclaresUtf8(sv s) {
   static constexpr sv kUtf8 = u"utf-8";
-  if (s.size() < kUtf8.size())
+  if (!s.starts_with(u"xml ") || s.size() < kUtf8.size())
     return false;
   for (size_t i = 0; i + kUtf8.size() <= s.size(); ++i) {
     size_t k = 0;
@@ -36,41 +54,58 @@ bool contains_utf8(sv s) {
   return false;
 }
 
-// Whether the rest of the source may hold UTF-8 read as 8-bit units. In the
-// Latin code pages a UTF-8 lead byte reads as U+00C2..U+00F4 and a
+// In the Latin code pages a UTF-8 lead byte reads as U+00C2..U+00F4 and a
 // continuation byte as U+0080..U+00BF or, for 0x80..0x9F in 1252, a unit
 // from U+0100 up; text without such a pair is proper text already. The
 // reader's own test narrows the whole rest, which costs far more.
-bool may_be_narrow_utf8(const TStringParser& sp) {
+bool MayBeNarrowUtf8(const char16_t* p, const char16_t* pend) {
   int cp = HtGetSystemCodePage();
   if (cp != 1252 && cp != 28591)
     return true;
-  for (const char16_t* q = sp.p; q + 1 < sp.pend; ++q)
+  const char16_t* q = p;
+  while (q + 1 < pend) {
+    if (pend - q > 8) {
+      // Eight units below 0x80 hold no lead: pass them at once.
+      unsigned any = 0;
+      for (int i = 0; i < 8; ++i)
+        any |= q[i];
+      if (any < 0x80) {
+        q += 8;
+        continue;
+      }
+    }
     if (*q >= 0xC2 && *q <= 0xF4 && ((q[1] >= 0x80 && q[1] <= 0xBF) || q[1] >= 0x100))
       return true;
+    ++q;
+  }
   return false;
 }
 
-// An XML declaration naming UTF-8 lets the reader re-decode the rest of a
-// text that arrived as 8-bit units (it checks the bytes first).
-void check_declaration(THtmlParser& HP) {
-  if (HP.Encoding != heUTF8 && HP.Value.view().starts_with(u"xml ") && contains_utf8(HP.Value.view()) &&
-      may_be_narrow_utf8(HP.Tokenizer.Parser))
-    HP.ChangeEncoding(heUTF8, 0);
-}
-
-bool is_text_item(const THtmlParser& HP) {
-  return HP.Tag.empty() && (HP.TagType == htIdent || HP.TagType == htSpace || HP.TagType == htString);
-}
-
-[[noreturn]] void tag_order_error(const hstring& expected, const hstring& found, int pos) {
+void XMLTagOrderError(const hstring& expected, const hstring& found, int pos) {
   throw EHtXML("Tag order error: /" + expected.toUtf8() + " expected, /" + found.toUtf8() +
                " found at position " + std::to_string(pos));
 }
 
-} // namespace
+} // namespace detail
 
 void THtXMLNode::SetXML(const hstring& XML) {
+  // The direct reader builds nodes of this class only: a subclass may have
+  // its own Parse.
+  if (typeid(*this) == typeid(THtXMLNode)) {
+    hstring tag = FTag;
+    int32_t hash = FTagHash;
+    THTMLTokenType type = TagType;
+    bool preserve = FPreserveSpace;
+    ClearNode();
+    FContent.clear();
+    FProcessingInstructions.reset();
+    if (detail::ReadXMLFast(*this, XML))
+      return;
+    FTag = tag;
+    FTagHash = hash;
+    TagType = type;
+    FPreserveSpace = preserve;
+  }
   ClearNode();
   FContent.clear();
   FProcessingInstructions.reset();
@@ -112,7 +147,7 @@ void THtXMLNode::Parse(THtmlParser& HP) {
   while (HP.NextItem()) {
     if (HP.IsCloseTag) {
       if (HP.Tag != cur->FTag)
-        tag_order_error(cur->FTag, HP.Tag, HP.StartPos);
+        detail::XMLTagOrderError(cur->FTag, HP.Tag, HP.StartPos);
       if (cur == this)
         return;
       cur = static_cast<THtXMLNode*>(cur->FParent);

@@ -1,0 +1,217 @@
+// The direct XML reader against the item reader: both must give the same
+// tree, the same processing instructions and the same errors for any text.
+// A subclass of THtXMLNode always takes the item reader, so the pair of
+// classes below compares the two paths.
+#include "htcore/document/xml_node.h"
+#include "htcore/foundation/codepage.h"
+
+#include <cstdint>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+using namespace ht;
+
+namespace {
+
+class TItemReaderNode : public THtXMLNode {
+  HT_NODE_CLASS(TItemReaderNode)
+};
+
+// Everything the readers set: tag, tag hash, type, attributes in order,
+// content, xml:space flag, children.
+void dump(const THtNode* n, std::string& out) {
+  auto* x = static_cast<const THtXMLNode*>(n);
+  out += "{" + n->FTag.toUtf8() + "#" + std::to_string(n->FTagHash) + "/" + std::to_string(n->TagType);
+  if (x->FPreserveSpace)
+    out += "/preserve";
+  if (n->FAttributes) {
+    out += "(";
+    for (const THtAttribute& a : *n->FAttributes)
+      out += a.Name.toUtf8() + "=" + a.Value.toUtf8() + ";";
+    out += ")";
+  }
+  out += "\"" + n->FContent.toUtf8() + "\"";
+  for (const THtNode* c = n->FirstChild(); c; c = c->FNextSibling) {
+    if (c->FParent != n)
+      out += "!parent";
+    dump(c, out);
+  }
+  out += "}";
+}
+
+struct TOutcome {
+  std::string tree, code, pis, error;
+};
+
+template <class T> TOutcome parse(const hstring& text) {
+  TOutcome r;
+  try {
+    T node;
+    node.SetXML(text);
+    dump(&node, r.tree);
+    r.code = node.Code().toUtf8();
+    if (const TStringList* pi = node.ProcessingInstructions())
+      for (int i = 0; i < pi->Count(); ++i)
+        r.pis += pi->Strings(i).toUtf8() + "|";
+  } catch (const EHtXML& e) {
+    r.error = "EHtXML: " + std::string(e.what());
+  } catch (const EHtParserError& e) {
+    r.error = "EHtParserError: " + std::string(e.what());
+  }
+  return r;
+}
+
+void expect_same(const hstring& text, const std::string& label) {
+  TOutcome fast = parse<THtXMLNode>(text);
+  TOutcome items = parse<TItemReaderNode>(text);
+  EXPECT_EQ(fast.error, items.error) << label;
+  EXPECT_EQ(fast.tree, items.tree) << label;
+  EXPECT_EQ(fast.code, items.code) << label;
+  EXPECT_EQ(fast.pis, items.pis) << label;
+}
+
+std::string read_file(const char* path) {
+  std::ifstream f(path, std::ios::binary);
+  if (!f)
+    return {};
+  std::stringstream ss;
+  ss << f.rdbuf();
+  return ss.str();
+}
+
+const char* const kFiles[] = {"/usr/share/mime/packages/freedesktop.org.xml",
+                              "/usr/share/xml/iso-codes/iso_639-3.xml", "/usr/share/xml/iso-codes/iso_3166-2.xml",
+                              "/usr/share/xml/iso-codes/iso_4217.xml", "/usr/share/xml/iso-codes/iso_15924.xml"};
+
+} // namespace
+
+TEST(XMLFastReader, TrickyTextsGiveTheSameTreeOrError) {
+  static const char* const kTexts[] = {
+      // plain shapes and text placement
+      "<a>text</a>", "<a>x<b/>y</a>", "<a> <b/> </a>", "<a>\n  <b>1</b>\n  <c/>\n</a>", "<a/>", "<a></a>",
+      "  <a/>  trailing", "<a>unterminated", "<a><b>deep", "<a><b x='1'", "<a><b/", "<a><b", "<a></", "<a></b",
+      "<a></a", "<a>t</a >", "<a>t</a\n>", "<a>\t</a>", "<r><a>1</a> <a>2</a> x <a>3</a></r>",
+      "<r> \n <a/> x </r>", "<r>  </r>", "<r>x</r>", "<r><!--c-->x</r>", "<r>x<!--c--></r>",
+      // preserved space
+      "<r xml:space=\"preserve\"> <a/> </r>", "<r xml:space='preserve'>  </r>", "<r xml:space='default'> </r>",
+      "<r><p xml:space=\"preserve\"> a </p> </r>",
+      // errors
+      "<a></b>", "<a><b></a></b>", "<a>1 < 2</a>", "<1/>", "<a x=1/>", "<a x=/>", "<a x=", "<a x = >",
+      "<a><", "<a>< b/></a>", "<r><a x></r>", "<#a/>", "<a>&</a>", "</a><b/>",
+      // attributes
+      "<a x=\"1\" y='2' z = \"3\"/>", "<a z='1' a='2' m='3'/>", "<a x='1' x='2'/>", "<a x x='2'/>",
+      "<a x='1' x/>", "<a b c d/>", "<a x='&lt;&amp;&gt;&quot;&apos;'/>", "<a x='1'y='2'/>",
+      "<a x=\"it's\" y='say \"hi\"'/>", "<a x='<b>'/>", "<a x='1' / y='2'>t</a>", "<a x='multi\nline'/>",
+      "<a \"x\"='1'/>", "<a x='1''/>", "<a x='1' <!-- c --> y='2'/>", "<a x <!-- c -->='1'/>", "<a =x/>",
+      "<a x='\x01'/>", "<a x:y='1' xmlns:x='u'/>",
+      // names
+      "<a.b-c_d:e/>", "<_x/>", "<-x/>", "<.x/>", "<:x/>", "<A/>", "<Abc><Abc/></Abc>", "<a/b>t</a/b>",
+      "<a!b/>", "<a&b/>", "<\xC3\xA9t\xC3\xA9>x</\xC3\xA9t\xC3\xA9>", "<\xC3\xA9!x/>", "<a\xC3\xA9!x/>",
+      "<a>t</a!>", "<a>t</\xC3\xA9>", "<a>t</ a>", "<a>t</'a'>", "<a>t</a x>", "<a>t</a/>",
+      "<a x\xC3\xA9='1'/>", "<meta/>", "<meta charset='koi8-r'>x</meta>", "<r><META http-equiv='x'/></r>",
+      "<r><meta a='1'/></r>", "<div <p>x</p>",
+      // references
+      "<a>&lt;&gt;&amp;&quot;&apos;&nbsp;&nbsp</a>", "<a>&#65;&#x42;&#X43;&#x1F600;&#xD800;&#1114112;</a>",
+      "<a>&#65 x;</a>", "<a>&#;&#x;</a>", "<a>&#0;</a>", "<a>&#00065;</a>", "<a>&#x0000041;</a>",
+      "<a>&#123456789;</a>", "<a>&#-5;</a>", "<a>&#+5;</a>", "<a>&# 5;</a>", "<a>&#,5;</a>", "<a>&unknown;</a>",
+      "<a>&hellip;&copy;&euro;</a>", "<a>&lt</a>", "<a>&quox</a>", "<a>&amx</a>", "<a>&nbs</a>", "<a>&q</a>",
+      "<a>&a", "<a>&", "<a>&lt;", "<a>& b ;</a>", "<a>&abcdefghijklmnopqrstuvwxyz0123;</a>", "<a>a&b;c</a>",
+      // blocks
+      "<!--c--><a/>", "<?xml version='1.0'?><?pi x?><a/>", "<?xml version=\"1.0\" encoding=\"UTF-8\"?><a/>",
+      "<a><?pi?><!--c--><![CDATA[x<y]]><!DOCTYPE z></a>", "<a><![CDATA[]]]></a>", "<a><![CDATA[x]]]]></a>",
+      "<a><![CDATA[open</a>", "<a><!-- open</a>", "<a><!----></a>", "<a><!---></a>", "<a><!--></a>",
+      "<a><!-x></a>", "<a><!></a>", "<a><!", "<a><!-", "<a><![CD", "<a><![CDATA", "<a><?x", "<a><?x?",
+      "<a><?x>y</a>", "<a><!x \"q>\" [>] ></a>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a/>", "<a><![cdata[x]]></a>",
+      "text before<a/>", "</x><a/>", "<?pi?>", "", " ", "<", "<!-- only -->",
+      // nesting and order
+      "<a><b><c><d/></c></b></a>", "<a><b></b><b></b></a>", "<a>1<b/>2<c/>3</a>", "<a><b>x</b>y<b>z</b></a>",
+      "<a><a><a/></a></a>", "<r/><s/>", "<r></r>after", "<r>\xEF\xBB\xBF</r>", "\xEF\xBB\xBF<r/>",
+      // control units and NULs
+      "<a>\x01\x02</a>", "<a\x01/>", "<a \x01/>", "<a x='1'\x01/>", "<a>\x7F</a>"};
+  for (const char* t : kTexts)
+    expect_same(hstring::FromUtf8(t), t);
+  // Embedded NULs and lone surrogates come only from UTF-16 text.
+  static const std::u16string kUnits[] = {
+      std::u16string(u"<a>x\0y</a>", 10), std::u16string(u"<a\0/>", 5), std::u16string(u"<a x='\0'/>", 10),
+      std::u16string(u"<a>&#65\0;</a>", 13), std::u16string(u"<a>\xD800</a>"), std::u16string(u"\xFEFF<a/>"),
+      std::u16string(u"<?\0?><a/>", 9)};
+  for (const std::u16string& t : kUnits)
+    expect_same(hstring(t.data(), t.size()), "units");
+}
+
+TEST(XMLFastReader, RealFilesGiveTheSameTree) {
+  int found = 0;
+  for (const char* path : kFiles) {
+    std::string bytes = read_file(path);
+    if (bytes.empty())
+      continue;
+    ++found;
+    expect_same(Utf8ToHString(bytes), path);
+    // The same bytes taken as 8-bit text: the UTF-8 declaration then has the
+    // rest re-decoded.
+    expect_same(HtCodePageToUnicode(bytes, 1252), std::string(path) + " as 1252");
+  }
+  if (!found)
+    GTEST_SKIP() << "no XML files from /usr/share";
+}
+
+TEST(XMLFastReader, MutatedTextsGiveTheSameTreeOrError) {
+  static const char* const kSeeds[] = {
+      "<?xml version=\"1.0\" encoding=\"utf-8\"?><!-- c --><r a=\"1\" b='x &amp; y'>\n <i id=\"1\">caf\xC3\xA9 "
+      "&#233;</i>\n <j/><![CDATA[z]]><?p q?>t<k x='\xC3\xA9'>&lt;</k></r>",
+      "<r xml:space=\"preserve\"> <a> </a> <b x=\"1\" x=\"2\" y /> &nbsp;&quot; </r>",
+      "<a><b><c>1</c><c>2</c></b><!DOCTYPE d><d e='&#x41;'/></a>"};
+  uint32_t seed = 12345;
+  auto rnd = [&] {
+    seed = seed * 1103515245u + 12345u;
+    return seed >> 8;
+  };
+  static const char kPieces[] = "<>/='\"&;!?-[] \n#xa\x00\xC3\xA9";
+  for (const char* s : kSeeds) {
+    for (int round = 0; round < 400; ++round) {
+      std::string t = s;
+      int edits = 1 + static_cast<int>(rnd() % 4);
+      for (int e = 0; e < edits && !t.empty(); ++e) {
+        size_t at = rnd() % t.size();
+        char piece = kPieces[rnd() % (sizeof(kPieces) - 1)];
+        switch (rnd() % 3) {
+        case 0:
+          t[at] = piece;
+          break;
+        case 1:
+          t.insert(t.begin() + static_cast<ptrdiff_t>(at), piece);
+          break;
+        default:
+          t.erase(at, 1 + rnd() % 3);
+          break;
+        }
+      }
+      expect_same(HtCodePageToUnicode(t, 1252), t);
+      expect_same(Utf8ToHString(t), t);
+    }
+  }
+}
+
+TEST(XMLFastReader, DeepNestingNeedsNoStack) {
+  const int depth = 100000;
+  std::u16string s;
+  for (int i = 0; i < depth; ++i)
+    s += u"<a x='1'>";
+  s += u"t";
+  for (int i = 0; i < depth; ++i)
+    s += u"</a>";
+  THtXMLNode doc(hstring(s.data(), s.size()));
+  int levels = 1;
+  const THtNode* n = &doc;
+  while (n->FirstChild()) {
+    n = n->FirstChild();
+    ++levels;
+  }
+  EXPECT_EQ(levels, depth);
+  EXPECT_EQ(n->FContent.toUtf8(), "t");
+  EXPECT_EQ(n->GetAttribute(u"x"_hs).toUtf8(), "1");
+}
