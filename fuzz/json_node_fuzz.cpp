@@ -1,5 +1,5 @@
 // Arbitrary text into the JSON tree builder: only parse errors may come out,
-// and the JSON writer's output reads back into a tree that writes the same
+// the direct reader and the token reader agree, and the JSON writer's output reads back into a tree that writes the same
 // text again after two rounds (the writer swaps the CR and LF escapes).
 #include "htcore/document/xml_node.h"
 
@@ -38,10 +38,43 @@ std::unique_ptr<ht::THtXMLNode> read(const ht::hstring& text) {
   }
 }
 
+// A subclass always parses through the token reader.
+class TTokenReaderNode : public ht::THtXMLNode {
+  HT_NODE_CLASS(TTokenReaderNode)
+};
+
+std::string outcome(ht::THtXMLNode& node, const ht::hstring& text) {
+  std::string r;
+  try {
+    node.SetJSON(text);
+  } catch (const ht::Exception& e) {
+    return std::string("error: ") + e.what();
+  }
+  for (const ht::THtNode* n = &node; n; n = n->NextNode()) {
+    int depth = 0;
+    for (const ht::THtNode* p = n; p != &node; p = p->FParent)
+      ++depth;
+    r += std::to_string(depth) + n->FTag.toUtf8() + "#" + std::to_string(n->FTagHash) + "/" +
+         std::to_string(n->TagType) + (static_cast<const ht::THtXMLNode*>(n)->IsArray ? "[]" : "");
+    if (n->FAttributes)
+      for (const ht::THtAttribute& a : *n->FAttributes)
+        r += "(" + a.Name.toUtf8() + "=" + a.Value.toUtf8() + ")";
+    r += "\"" + n->FContent.toUtf8() + "\"\n";
+  }
+  return r;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string_view bytes(reinterpret_cast<const char*>(data), size);
+  {
+    ht::THtXMLNode fast;
+    TTokenReaderNode tokens;
+    ht::hstring text = ht::hstring::FromUtf8(bytes);
+    if (outcome(fast, text) != outcome(tokens, text))
+      __builtin_trap();
+  }
   auto doc = read(ht::hstring::FromUtf8(bytes));
   if (!doc)
     return 0;

@@ -1,5 +1,6 @@
 // Arbitrary text into the XML tree: only the documented errors may come out,
-// and whatever parses is written back so that it parses to the same tree.
+// the direct reader and the item reader agree, and whatever parses is
+// written back so that it parses to the same tree.
 #include "htcore/document/xml_node.h"
 
 #include <cstddef>
@@ -8,6 +9,42 @@
 #include <string>
 
 namespace {
+
+// A subclass always parses through the item reader.
+class TItemReaderNode : public ht::THtXMLNode {
+  HT_NODE_CLASS(TItemReaderNode)
+};
+
+// The tree as the readers set it, for comparing the two.
+void dump(const ht::THtNode* top, std::string& out) {
+  for (const ht::THtNode* n = top; n; n = n->NextNode()) {
+    int depth = 0;
+    for (const ht::THtNode* p = n; p != top; p = p->FParent)
+      ++depth;
+    out += std::to_string(depth) + n->FTag.toUtf8() + "#" + std::to_string(n->FTagHash) + "/" +
+           std::to_string(n->TagType) + (static_cast<const ht::THtXMLNode*>(n)->FPreserveSpace ? "p" : "");
+    if (n->FAttributes)
+      for (const ht::THtAttribute& a : *n->FAttributes)
+        out += "(" + a.Name.toUtf8() + "=" + a.Value.toUtf8() + ")";
+    out += "\"" + n->FContent.toUtf8() + "\"\n";
+    if (n == top && !n->FirstChild())
+      break;
+  }
+}
+
+std::string outcome(ht::THtXMLNode& node, const ht::hstring& text) {
+  std::string r;
+  try {
+    node.SetXML(text);
+  } catch (const ht::Exception& e) {
+    return std::string("error: ") + e.what();
+  }
+  dump(&node, r);
+  if (const ht::TStringList* pi = node.ProcessingInstructions())
+    for (int i = 0; i < pi->Count(); ++i)
+      r += "<?" + pi->Strings(i).toUtf8();
+  return r;
+}
 
 bool mentions_utf8(std::string_view s) {
   for (size_t i = 0; i + 5 <= s.size(); ++i)
@@ -50,6 +87,12 @@ bool plain_names(const ht::THtNode* top) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string_view bytes(reinterpret_cast<const char*>(data), size);
   ht::hstring text = ht::hstring::FromUtf8(bytes);
+  {
+    ht::THtXMLNode fast;
+    TItemReaderNode items;
+    if (outcome(fast, text) != outcome(items, text))
+      __builtin_trap();
+  }
   std::unique_ptr<ht::THtXMLNode> doc;
   try {
     doc = std::make_unique<ht::THtXMLNode>(text);

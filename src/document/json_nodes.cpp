@@ -1,8 +1,10 @@
 // JSON into THtXMLNode trees and back out.
 #include "document/node_walk.h"
+#include "document/xml_reader_internal.h"
 #include "htcore/document/xml_node.h"
 
 #include <string_view>
+#include <typeinfo>
 #include <vector>
 
 namespace ht {
@@ -67,6 +69,14 @@ std::unique_ptr<THtXMLNode> THtXMLNode::CreatefromJSON(const hstring& JSON) {
 }
 
 void THtXMLNode::SetJSON(const hstring& JSON) {
+  // The direct reader fills a new node of this very class.
+  if (typeid(*this) == typeid(THtXMLNode) && FTag.empty() && !FNodes && !FAttributes && FContent.empty() &&
+      !IsArray && !JSON.empty()) {
+    THTMLTokenType type = TagType;
+    if (detail::ReadJSONFast(*this, JSON))
+      return;
+    TagType = type;
+  }
   THtJSONParser jp(JSON);
   if (!jp.Tokenizer)
     json_error("JSON is empty");

@@ -13,7 +13,6 @@
 #include "htcore/document/entities.h"
 #include "htcore/document/html_parser.h"
 #include "htcore/foundation/codepage.h"
-#include "htcore/foundation/hash.h"
 #include "htcore/foundation/startup.h"
 #include "htcore/foundation/text_utils.h"
 
@@ -132,64 +131,6 @@ void append_code_point(std::u16string& buf, uint32_t c) {
   }
 }
 
-// A name met in this parse, with what a node of that tag needs.
-struct TName {
-  hstring Name;
-  int32_t TagHash = 0;
-  THtNodeClass Class = nullptr; // resolved on first use as a tag
-};
-
-// Open addressing over the names; an index into Names, plus one, per slot.
-class TNameTable {
-public:
-  TNameTable() : FSlots(256, 0) { Names.reserve(64); }
-
-  int Intern(const char16_t* p, size_t n) {
-    uint32_t h = 2166136261u;
-    for (size_t i = 0; i < n; ++i)
-      h = (h ^ p[i]) * 16777619u;
-    size_t mask = FSlots.size() - 1;
-    for (size_t i = h & mask;; i = (i + 1) & mask) {
-      uint32_t s = FSlots[i];
-      if (s == 0) {
-        TName& t = Names.emplace_back();
-        t.Name = hstring(p, n);
-        hstring lower = t.Name;
-        hLower(lower);
-        t.TagHash = static_cast<int32_t>(RSHash(lower.c_str(), lower.Length()));
-        FSlots[i] = static_cast<uint32_t>(Names.size());
-        if (Names.size() * 2 > FSlots.size())
-          Grow();
-        return static_cast<int>(Names.size()) - 1;
-      }
-      const hstring& name = Names[s - 1].Name;
-      if (name.size() == n && std::memcmp(name.c_str(), p, n * sizeof(char16_t)) == 0)
-        return static_cast<int>(s) - 1;
-    }
-  }
-
-  std::vector<TName> Names;
-
-private:
-  void Grow() {
-    std::vector<uint32_t> slots(FSlots.size() * 2, 0);
-    size_t mask = slots.size() - 1;
-    for (size_t k = 0; k < Names.size(); ++k) {
-      const hstring& name = Names[k].Name;
-      uint32_t h = 2166136261u;
-      for (char16_t c : name.view())
-        h = (h ^ c) * 16777619u;
-      size_t i = h & mask;
-      while (slots[i])
-        i = (i + 1) & mask;
-      slots[i] = static_cast<uint32_t>(k + 1);
-    }
-    FSlots.swap(slots);
-  }
-
-  std::vector<uint32_t> FSlots;
-};
-
 enum TItemKind { ikText, ikOpen, ikClose, ikComment, ikCData, ikCustom, ikDirective };
 
 class TReader {
@@ -223,6 +164,9 @@ private:
   void Walk(THtXMLNode*& cur);
 
   TName& Tag() { return FNames.Names[static_cast<size_t>(FTag)]; }
+  // Short attribute values and blank texts repeat a lot: one copy each.
+  TTextCache FValues;
+  hstring MakeText(sv v) { return FValues.Get(v); }
   void OpenElement(THtXMLNode* n);
   THtXMLNode* NewChild(THtXMLNode* parent, int name);
 
@@ -246,15 +190,22 @@ private:
   // to FContent piece by piece would copy it each time.
   std::vector<std::u16string> FPending;
   size_t FDepth = 0;
+  TPendingChildren FKids;
   void Descend() {
+    FKids.Down();
     if (++FDepth == FPending.size())
       FPending.emplace_back();
     FPending[FDepth].clear();
   }
   void Flush(THtXMLNode* n) {
+    FKids.Up(n);
     std::u16string& b = FPending[FDepth];
-    if (!b.empty())
-      n->FContent += sv(b);
+    if (!b.empty()) {
+      if (n->FContent.empty())
+        n->FContent = MakeText(b);
+      else
+        n->FContent += sv(b);
+    }
     b.clear();
   }
   THtNode* FRoot = nullptr;
@@ -577,7 +528,7 @@ void TReader::ReadAttribute() {
   // The first valued attribute of a name wins.
   int i;
   if (!FAttributes->Find(name, i))
-    FAttributes->Add(name, hstring(FValue));
+    FAttributes->Add(name, MakeText(FValue));
 }
 
 // p stands behind "</".
@@ -626,7 +577,7 @@ void TReader::OpenElement(THtXMLNode* n) {
   const TName& t = Tag();
   if (n->FTag.Pointer() != t.Name.Pointer()) {
     n->FTag = t.Name;
-    n->FTagHash = t.TagHash;
+    n->FTagHash = FNames.TagHash(FTag);
   }
   n->TagType = htIdent;
   if (FAttributes) {
@@ -669,11 +620,11 @@ THtXMLNode* TReader::NewChild(THtXMLNode* parent, int name) {
   }
   if (name >= 0) {
     x->FTag = *tag;
-    x->FTagHash = FNames.Names[static_cast<size_t>(name)].TagHash;
+    x->FTagHash = FNames.TagHash(name);
     x->TagType = htIdent;
   }
   x->FParent = parent;
-  parent->GetNodes()->Add(x);
+  FKids.Add(x);
   return x;
 }
 
@@ -730,7 +681,7 @@ void TReader::Walk(THtXMLNode*& cur) {
         FPending[FDepth] += FValue;
         continue;
       }
-      if (!cur->FirstChild() && cur->FContent.empty() && FPending[FDepth].empty()) {
+      if (FKids.Empty() && cur->FContent.empty() && FPending[FDepth].empty()) {
         cur->FContent = hstring(FValue);
         continue;
       }

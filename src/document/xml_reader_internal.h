@@ -3,7 +3,12 @@
 
 #include "htcore/document/xml_node.h"
 
+#include "htcore/foundation/hash.h"
+#include "htcore/foundation/text_utils.h"
+
+#include <cstring>
 #include <string_view>
+#include <vector>
 
 namespace ht::detail {
 
@@ -15,9 +20,151 @@ bool MayBeNarrowUtf8(const char16_t* p, const char16_t* pend);
 // The message of a close tag that does not match the open element.
 [[noreturn]] void XMLTagOrderError(const hstring& expected, const hstring& found, int pos);
 
+// A name met in this parse, with what a node of that tag needs.
+struct TName {
+  hstring Name;
+  int32_t TagHash = 0;
+  bool Hashed = false;
+  THtNodeClass Class = nullptr; // resolved on first use as a tag
+};
+
+// Open addressing over the names; an index into Names, plus one, per slot.
+class TNameTable {
+public:
+  TNameTable() : FSlots(256, 0) { Names.reserve(64); }
+
+  int Intern(const char16_t* p, size_t n) {
+    uint32_t h = Hash(p, n);
+    size_t mask = FSlots.size() - 1;
+    for (size_t i = h & mask;; i = (i + 1) & mask) {
+      uint32_t s = FSlots[i];
+      if (s == 0) {
+        Names.emplace_back().Name = hstring(p, n);
+        FSlots[i] = static_cast<uint32_t>(Names.size());
+        if (Names.size() * 2 > FSlots.size())
+          Grow();
+        return static_cast<int>(Names.size()) - 1;
+      }
+      const hstring& name = Names[s - 1].Name;
+      if (name.size() == n && std::memcmp(name.c_str(), p, n * sizeof(char16_t)) == 0)
+        return static_cast<int>(s) - 1;
+    }
+  }
+
+  // The tag hash of THtNode::SetTag for name k.
+  int32_t TagHash(int k) {
+    TName& t = Names[static_cast<size_t>(k)];
+    if (!t.Hashed) {
+      hstring lower = t.Name;
+      hLower(lower);
+      t.TagHash = static_cast<int32_t>(RSHash(lower.c_str(), lower.Length()));
+      t.Hashed = true;
+    }
+    return t.TagHash;
+  }
+
+  std::vector<TName> Names;
+
+  static uint32_t Hash(const char16_t* p, size_t n) {
+    uint32_t h = 2166136261u;
+    for (size_t i = 0; i < n; ++i)
+      h = (h ^ p[i]) * 16777619u;
+    // The low bits pick the slot: mix the high ones in.
+    h ^= h >> 15;
+    h *= 0x2c1b3c6du;
+    return h ^ (h >> 12);
+  }
+
+private:
+  void Grow() {
+    std::vector<uint32_t> slots(FSlots.size() * 2, 0);
+    size_t mask = slots.size() - 1;
+    for (size_t k = 0; k < Names.size(); ++k) {
+      const hstring& name = Names[k].Name;
+      size_t i = Hash(name.c_str(), name.size()) & mask;
+      while (slots[i])
+        i = (i + 1) & mask;
+      slots[i] = static_cast<uint32_t>(k + 1);
+    }
+    FSlots.swap(slots);
+  }
+
+  std::vector<uint32_t> FSlots;
+};
+
+// Short texts that repeat (attribute values, blanks, JSON scalars) as one
+// shared string each: a direct-mapped cache, so its size stays fixed.
+class TTextCache {
+public:
+  TTextCache() : FSlots(4096) {}
+  hstring Get(std::u16string_view v) {
+    if (v.size() > 16)
+      return hstring(v);
+    uint32_t h = TNameTable::Hash(v.data(), v.size());
+    TSlot& s = FSlots[h & (FSlots.size() - 1)];
+    if (s.Hash != h || s.Text.view() != v) {
+      s.Hash = h;
+      s.Text = hstring(v);
+    }
+    return s.Text;
+  }
+
+private:
+  struct TSlot {
+    uint32_t Hash = 0;
+    hstring Text;
+  };
+  std::vector<TSlot> FSlots;
+};
+
+// Children gathered per open element and handed to its list at its end, so
+// that each list is allocated once at its final size.
+class TPendingChildren {
+public:
+  TPendingChildren() : FLevels(1) {}
+  TPendingChildren(const TPendingChildren&) = delete;
+  TPendingChildren& operator=(const TPendingChildren&) = delete;
+  // Frees what no list took over: the reader gave up half way.
+  ~TPendingChildren() {
+    for (size_t i = 0; i <= FDepth && i < FLevels.size(); ++i)
+      for (THtNode* n : FLevels[i])
+        delete n;
+  }
+
+  void Add(THtNode* n) { FLevels[FDepth].push_back(n); }
+  bool Empty() const { return FLevels[FDepth].empty(); }
+  // A new element opens one level down.
+  void Down() {
+    if (++FDepth == FLevels.size())
+      FLevels.emplace_back();
+  }
+  // The element of the current level ends: its children go to Parent, and
+  // the level above becomes current (none after the top).
+  void Up(THtNode* Parent) {
+    std::vector<THtNode*>& kids = FLevels[FDepth];
+    if (!kids.empty()) {
+      THtNodeList* list = Parent->GetNodes();
+      list->SetCapacity(list->Count() + static_cast<int>(kids.size()));
+      for (THtNode* k : kids)
+        list->Add(k);
+      kids.clear();
+    }
+    if (FDepth > 0)
+      --FDepth;
+  }
+
+private:
+  std::vector<std::vector<THtNode*>> FLevels;
+  size_t FDepth = 0;
+};
+
 // Builds Node from XML without the item reader, for the input it knows to
 // read exactly as the item reader would. False when it met anything else;
 // Node is then in an undefined state and the caller parses again.
 bool ReadXMLFast(THtXMLNode& Node, const hstring& XML);
+
+// Builds Node, a new node, from JSON in the same way, for the input it
+// knows; false otherwise, with Node cleared again.
+bool ReadJSONFast(THtXMLNode& Node, const hstring& JSON);
 
 } // namespace ht::detail

@@ -1,7 +1,7 @@
-// The direct XML reader against the item reader: both must give the same
-// tree, the same processing instructions and the same errors for any text.
-// A subclass of THtXMLNode always takes the item reader, so the pair of
-// classes below compares the two paths.
+// The direct XML and JSON readers against the item and token readers: both
+// must give the same tree, the same processing instructions and the same
+// errors for any text. A subclass of THtXMLNode always takes the older
+// readers, so the pair of classes below compares the two paths.
 #include "htcore/document/xml_node.h"
 #include "htcore/foundation/codepage.h"
 
@@ -28,6 +28,8 @@ void dump(const THtNode* n, std::string& out) {
   out += "{" + n->FTag.toUtf8() + "#" + std::to_string(n->FTagHash) + "/" + std::to_string(n->TagType);
   if (x->FPreserveSpace)
     out += "/preserve";
+  if (x->IsArray)
+    out += "[]";
   if (n->FAttributes) {
     out += "(";
     for (const THtAttribute& a : *n->FAttributes)
@@ -74,6 +76,29 @@ void expect_same(const hstring& text, const std::string& label) {
   EXPECT_EQ(fast.pis, items.pis) << label;
 }
 
+template <class T> TOutcome parse_json(const hstring& text) {
+  TOutcome r;
+  try {
+    T node;
+    node.SetJSON(text);
+    dump(&node, r.tree);
+    r.code = node.JSON().toUtf8();
+  } catch (const EHtJSONParserException& e) {
+    r.error = "EHtJSONParserException: " + std::string(e.what());
+  } catch (const EHtParserError& e) {
+    r.error = "EHtParserError: " + std::string(e.what());
+  }
+  return r;
+}
+
+void expect_same_json(const hstring& text, const std::string& label) {
+  TOutcome fast = parse_json<THtXMLNode>(text);
+  TOutcome tokens = parse_json<TItemReaderNode>(text);
+  EXPECT_EQ(fast.error, tokens.error) << label;
+  EXPECT_EQ(fast.tree, tokens.tree) << label;
+  EXPECT_EQ(fast.code, tokens.code) << label;
+}
+
 std::string read_file(const char* path) {
   std::ifstream f(path, std::ios::binary);
   if (!f)
@@ -83,9 +108,15 @@ std::string read_file(const char* path) {
   return ss.str();
 }
 
-const char* const kFiles[] = {"/usr/share/mime/packages/freedesktop.org.xml",
-                              "/usr/share/xml/iso-codes/iso_639-3.xml", "/usr/share/xml/iso-codes/iso_3166-2.xml",
-                              "/usr/share/xml/iso-codes/iso_4217.xml", "/usr/share/xml/iso-codes/iso_15924.xml"};
+// Real files, and whether to read each also as 8-bit text (slow in the
+// item reader, so only for the smaller ones).
+const struct {
+  const char* path;
+  bool narrow;
+} kFiles[] = {{"/usr/share/mime/packages/freedesktop.org.xml", false},
+              {"/usr/share/xml/iso-codes/iso_3166-2.xml", true},
+              {"/usr/share/xml/iso-codes/iso_4217.xml", true},
+              {"/usr/share/xml/iso-codes/iso_15924.xml", true}};
 
 } // namespace
 
@@ -145,15 +176,16 @@ TEST(XMLFastReader, TrickyTextsGiveTheSameTreeOrError) {
 
 TEST(XMLFastReader, RealFilesGiveTheSameTree) {
   int found = 0;
-  for (const char* path : kFiles) {
-    std::string bytes = read_file(path);
+  for (const auto& f : kFiles) {
+    std::string bytes = read_file(f.path);
     if (bytes.empty())
       continue;
     ++found;
-    expect_same(Utf8ToHString(bytes), path);
+    expect_same(Utf8ToHString(bytes), f.path);
     // The same bytes taken as 8-bit text: the UTF-8 declaration then has the
     // rest re-decoded.
-    expect_same(HtCodePageToUnicode(bytes, 1252), std::string(path) + " as 1252");
+    if (f.narrow)
+      expect_same(HtCodePageToUnicode(bytes, 1252), std::string(f.path) + " as 1252");
   }
   if (!found)
     GTEST_SKIP() << "no XML files from /usr/share";
@@ -214,4 +246,86 @@ TEST(XMLFastReader, DeepNestingNeedsNoStack) {
   EXPECT_EQ(levels, depth);
   EXPECT_EQ(n->FContent.toUtf8(), "t");
   EXPECT_EQ(n->GetAttribute(u"x"_hs).toUtf8(), "1");
+}
+
+TEST(JSONFastReader, TrickyTextsGiveTheSameTreeOrError) {
+  static const char* const kTexts[] = {
+      // shapes
+      "{}", "[]", "{\"a\":1}", "[1,2]", "{\"a\":1,\"b\":[1,2]}", "{\"a\":{\"b\":{\"c\":[]}}}", "[[[]]]",
+      "[{}, {}]", "{\"a\":[{\"b\":1},[2]]}", " \t\n{ \"a\" : 1 , \"b\" : 2 } \r\n", "\x01{}", "{}\x01",
+      // scalars at the top
+      "1", "\"s\"", "true", "null", "abc", "-0", "1.5e3", "  7  ", "'x'",
+      // names and values
+      "{'a': 1}", "{a: 1}", "{\"\": 1}", "{\"\": {}}", "{\"\": []}", "{\"a\": x}", "{\"a\": null}",
+      "{true: 1}", "{null: 1}", "{1: 1}", "{\"a\":1,\"a\":2}", "{\"b\":1,\"a\":2,\"c\":3}",
+      "{\"a\":{},\"a\":{}}", "{\"a-b\": 1, a_b: 2, \"\u00e9\": 3}", "{\"x\":\"\"}", "{\"v\":[\"\",1,true]}",
+      // strings
+      "[\"\\\"\\\\/\\b\\f\\n\\r\\t\"]", "[\"\\u0041\\u00e9\\ud83d\\ude00\"]", "[\"\\u004\"]",
+      "[\"\\x41\\xzz\"]", "[\"\\x4\"]", "[\"\\q\"]", "[\"a\tb\"]", "[\"abc", "[\"\\", "['it\"s']",
+      "[\"caf\xC3\xA9\"]", "[\"a\\/b\"]",
+      // numbers
+      "[0, -1, 1.25, 1e10, 1E-3, -0.5e+2]", "[01]", "[-]", "[1.]", "[.5]", "[1..2]", "[1e]", "[1e+]",
+      "[12345678901234567890]", "[1a]", "[-a]", "[+1]", "[1 2]",
+      // errors and the wider grammar
+      "", " ", "[1,]", "{\"a\":1,}", "[,1]", "{,}", "{\"a\"}", "{\"a\" 1}", "{\"a\":}", "[", "{", "[1", "{\"a\":1",
+      "]", "}", ":", "[1]]", "{}}", "[1] x", "[1] // c", "[1] //c\r\n", "{},{}", "{},{},", "{},[]", "[],{}",
+      "{} , {\"a\":1}", "[true, trueish, nul]", "[ident]", "/", "[/]", "{\"a\":1 \"b\":2}", "[1,,2]"};
+  for (const char* t : kTexts)
+    expect_same_json(hstring::FromUtf8(t), t);
+  std::string deep(1025, '[');
+  expect_same_json(hstring::FromUtf8(deep + std::string(1025, ']')), "1025 levels");
+  deep.pop_back();
+  expect_same_json(hstring::FromUtf8(deep + std::string(1024, ']')), "1024 levels");
+  static const std::u16string kUnits[] = {std::u16string(u"[\"a\0b\"]", 7), std::u16string(u"\0[1]", 4),
+                                          std::u16string(u"[1]\0", 4), std::u16string(u"{\"\xD800\":1}")};
+  for (const std::u16string& t : kUnits)
+    expect_same_json(hstring(t.data(), t.size()), "units");
+}
+
+TEST(JSONFastReader, RealFilesGiveTheSameTree) {
+  int found = 0;
+  for (const char* path : {"/usr/share/iso-codes/json/iso_639-3.json", "/usr/share/iso-codes/json/iso_3166-2.json",
+                           "/usr/share/iso-codes/json/iso_4217.json"}) {
+    std::string bytes = read_file(path);
+    if (bytes.empty())
+      continue;
+    ++found;
+    expect_same_json(Utf8ToHString(bytes), path);
+  }
+  if (!found)
+    GTEST_SKIP() << "no JSON files from /usr/share/iso-codes";
+}
+
+TEST(JSONFastReader, MutatedTextsGiveTheSameTreeOrError) {
+  static const char* const kSeeds[] = {
+      "{\"a\":1,\"b\":[1,2.5e-3,\"x\\ny\",true,null,{}],\"c\":{\"d\":'q',e:f}}",
+      "[{\"id\":1,\"name\":\"caf\xC3\xA9 \\u00e9\"},{\"id\":-2,\"tags\":[[],[\"a\"]]}]"};
+  uint32_t seed = 777;
+  auto rnd = [&] {
+    seed = seed * 1103515245u + 12345u;
+    return seed >> 8;
+  };
+  static const char kPieces[] = "{}[],:\"'\\ -.0123eEtrunl/\n\x01";
+  for (const char* s : kSeeds) {
+    for (int round = 0; round < 600; ++round) {
+      std::string t = s;
+      int edits = 1 + static_cast<int>(rnd() % 3);
+      for (int e = 0; e < edits && !t.empty(); ++e) {
+        size_t at = rnd() % t.size();
+        char piece = kPieces[rnd() % (sizeof(kPieces) - 1)];
+        switch (rnd() % 3) {
+        case 0:
+          t[at] = piece;
+          break;
+        case 1:
+          t.insert(t.begin() + static_cast<ptrdiff_t>(at), piece);
+          break;
+        default:
+          t.erase(at, 1 + rnd() % 2);
+          break;
+        }
+      }
+      expect_same_json(Utf8ToHString(t), t);
+    }
+  }
 }
