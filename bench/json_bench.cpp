@@ -1,5 +1,6 @@
 // JSON to a tree from bytes in memory: THtXMLNode::CreatefromJSON (UTF-8
-// decoding and the node tree), and with HTCORE_PEERS RapidJSON's DOM and
+// decoding and the node tree; HtcoreTokenReader: the same through the token
+// reader that subclasses take), and with HTCORE_PEERS RapidJSON's DOM and
 // nlohmann::json on the same bytes. Inputs: the JSON files of Debian's
 // iso-codes, when present, and a generated document with numbers, nesting
 // and escapes. Counters x_rapidjson / x_nlohmann on the htcore runs: peer
@@ -86,6 +87,20 @@ void BM_Htcore(benchmark::State& state, const TInput* in) {
   });
 }
 
+// The token reader, which a subclass of THtXMLNode still takes.
+class TTokenReaderNode : public ht::THtXMLNode {
+  HT_NODE_CLASS(TTokenReaderNode)
+};
+
+void BM_HtcoreTokenReader(benchmark::State& state, const TInput* in) {
+  for (auto _ : state) {
+    TTokenReaderNode doc;
+    doc.SetJSON(ht::Utf8ToHString(in->bytes));
+    benchmark::DoNotOptimize(doc.FNodes);
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(in->bytes.size()));
+}
+
 void BM_HtcoreTokens(benchmark::State& state, const TInput* in) {
   ht::hstring text = ht::Utf8ToHString(in->bytes);
   for (auto _ : state) {
@@ -135,6 +150,8 @@ int main(int argc, char** argv) {
         ->Unit(benchmark::kMillisecond);
 #endif
     benchmark::RegisterBenchmark(("Htcore/" + in.name).c_str(), BM_Htcore, &in)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(("HtcoreTokenReader/" + in.name).c_str(), BM_HtcoreTokenReader, &in)
         ->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark(("HtcoreTokens/" + in.name).c_str(), BM_HtcoreTokens, &in)
         ->Unit(benchmark::kMillisecond);

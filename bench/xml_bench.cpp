@@ -1,5 +1,6 @@
 // XML DOM building from bytes in memory: THtXMLNode (UTF-8 decoding and the
-// tree), and with HTCORE_PEERS pugixml (load_buffer) and libxml2
+// tree; HtcoreItemReader: the same through the item reader that subclasses
+// take), and with HTCORE_PEERS pugixml (load_buffer) and libxml2
 // (xmlReadMemory) on the same bytes. Inputs: XML files Debian ships, when
 // present, and a generated document. Every run includes freeing the tree.
 // Counters x_pugixml / x_libxml2 on the htcore runs: peer time / htcore
@@ -87,6 +88,20 @@ void BM_Htcore(benchmark::State& state, const TInput* in) {
   });
 }
 
+// The item reader, which a subclass of THtXMLNode still takes.
+class TItemReaderNode : public ht::THtXMLNode {
+  HT_NODE_CLASS(TItemReaderNode)
+};
+
+void BM_HtcoreItemReader(benchmark::State& state, const TInput* in) {
+  for (auto _ : state) {
+    TItemReaderNode doc;
+    doc.SetXML(ht::Utf8ToHString(in->bytes));
+    benchmark::DoNotOptimize(doc.FNodes);
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(in->bytes.size()));
+}
+
 void BM_HtcoreFromText(benchmark::State& state, const TInput* in) {
   ht::hstring text = ht::Utf8ToHString(in->bytes);
   for (auto _ : state) {
@@ -136,6 +151,8 @@ int main(int argc, char** argv) {
         ->Unit(benchmark::kMillisecond);
 #endif
     benchmark::RegisterBenchmark(("Htcore/" + in.name).c_str(), BM_Htcore, &in)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(("HtcoreItemReader/" + in.name).c_str(), BM_HtcoreItemReader, &in)
         ->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark(("HtcoreFromText/" + in.name).c_str(), BM_HtcoreFromText, &in)
         ->Unit(benchmark::kMillisecond);

@@ -49,14 +49,17 @@ bool equals_ignore_case(sv s, sv lower) {
   return true;
 }
 
-const char16_t* find_ignore_case(const char16_t* p, const char16_t* end, sv lower) {
-  for (; end - p >= static_cast<ptrdiff_t>(lower.size()); ++p) {
-    if (CharLower(*p) != lower[0])
+// "</head>" in any case; only '<' can start it, so the rest is compared
+// only behind one.
+const char16_t* find_head_end(const char16_t* p, const char16_t* end) {
+  static constexpr sv kLower = u"</head>";
+  for (; end - p >= static_cast<ptrdiff_t>(kLower.size()); ++p) {
+    if (*p != u'<')
       continue;
     size_t i = 1;
-    while (i < lower.size() && CharLower(p[i]) == lower[i])
+    while (i < kLower.size() && CharLower(p[i]) == kLower[i])
       ++i;
-    if (i == lower.size())
+    if (i == kLower.size())
       return p;
   }
   return nullptr;
@@ -564,7 +567,7 @@ void TReader::CheckDeclaration() {
   if (FUtf8 || !DeclaresUtf8(FValue) || !MayBeNarrowUtf8(p, end))
     return;
   FUtf8 = true;
-  const char16_t* test = find_ignore_case(p, end, u"</head>");
+  const char16_t* test = find_head_end(p, end);
   if (is_narrow_utf8(test ? test : p)) {
     RawByteString bytes = HtUnicodeToCodePage(sv(p, static_cast<size_t>(end - p)), HtGetSystemCodePage());
     FText = Utf8ToHString(bytes.view());
