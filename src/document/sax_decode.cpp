@@ -257,17 +257,27 @@ void THtSAXXMLParser::ClearNames() {
 void THtSAXXMLParser::AddAttribute(const uint8_t* name, size_t name_len, const uint8_t* value,
                                    const uint8_t* value_end) {
   // Decoded straight into the spare entry behind Count, whose strings the
-  // last tag left, then moved to its place in name order.
+  // last tag left. Entries come in source order; SortAttributes puts them in
+  // name order once the tag is read, so a tag with thousands of attributes
+  // costs n log n and not n squared.
   THtAttributes& a = FAttributes;
   if (a.List.size() == static_cast<size_t>(a.Count))
     a.List.emplace_back();
   THtAttribute& spare = a.List[static_cast<size_t>(a.Count)];
   SetName(name, name_len, spare.Name, nullptr);
   GetEscaped(spare.Value, value, value_end);
-  int index;
-  a.Find(spare.Name, index);
-  std::rotate(a.List.begin() + index, a.List.begin() + a.Count, a.List.begin() + a.Count + 1);
+  if (a.Count > 0 && spare.Name.view() < a.List[static_cast<size_t>(a.Count - 1)].Name.view())
+    FAttrsUnsorted = true;
   ++a.Count;
+}
+
+void THtSAXXMLParser::SortAttributes() {
+  if (!FAttrsUnsorted)
+    return;
+  FAttrsUnsorted = false;
+  std::stable_sort(
+      FAttributes.List.begin(), FAttributes.List.begin() + FAttributes.Count,
+      [](const THtAttribute& x, const THtAttribute& y) { return x.Name.view() < y.Name.view(); });
 }
 
 } // namespace ht

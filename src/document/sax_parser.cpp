@@ -47,8 +47,8 @@ THtSAXXMLParser::THtSAXXMLParser(std::string_view utf8_file_name, THtmlEncoding 
 THtSAXXMLParser::~THtSAXXMLParser() = default;
 
 void THtSAXXMLParser::Init() {
-  EnsureStarted(); // the entity table
-  FBuf.reset(new uint8_t[kBufferSize + kPad]());
+  EnsureStarted();                             // the entity table
+  FBuf.reset(new uint8_t[kBufferSize + kPad]); // ReadBuf zeroes the pad behind the data
   FNames.reset(new TNameSlot[kSaxNameSlots]);
   const uint8_t* b = FBuf.get();
   // FF FE is not looked at: such input needs heUTF16 from the caller.
@@ -152,8 +152,10 @@ THtSAXXMLParser::TStep THtSAXXMLParser::ReadStartTag(bool AStore) {
   size_t name_len = static_cast<size_t>(p - name);
   bool header = FFirstTag && name_len == 4 && std::memcmp(name, "?xml", 4) == 0;
   bool keep = AStore || header;
-  if (keep)
+  if (keep) {
     FAttributes.Clear();
+    FAttrsUnsorted = false;
+  }
   for (;;) {
     p = SaxSkipBlanks(p, end);
     if (p == end) {
@@ -209,8 +211,10 @@ THtSAXXMLParser::TStep THtSAXXMLParser::ReadStartTag(bool AStore) {
   FNameLen = static_cast<int>(name_len);
   FLastEvent = seTagStart;
   ++Level;
-  if (keep)
+  if (keep) {
+    SortAttributes();
     SetName(name, name_len, FTag, &FTagNS);
+  }
   if (FFirstTag) {
     FFirstTag = false;
     if (header)

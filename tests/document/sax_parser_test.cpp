@@ -113,8 +113,8 @@ TEST(SaxParser, EventsOfSmallDocuments) {
       {"<a b=c/>", "<a b=c/>1"},
       // A name without '=' is dropped, and so is a stray quote.
       {"<a sel b=\"2\" \"q\"=3>", "<a b=2>1"},
-      // Names are kept as written and sorted; duplicates are all kept.
-      {"<a Z=\"1\" y=\"2\" y=\"3\">", "<a Z=1 y=3 y=2>1"},
+      // Names are kept as written and sorted; duplicates are all kept, in source order.
+      {"<a Z=\"1\" y=\"2\" y=\"3\">", "<a Z=1 y=2 y=3>1"},
       {"<p:a xmlns:p=\"u\">t</p:a >", "<p:a xmlns:p=u>1 't' </p:a>0"},
       // Comments and declarations vanish; CDATA joins the text, undecoded.
       {"<!DOCTYPE r [<!ENTITY e \"v\">]><!-- c --><r>a<!-- <b> -->b<![CDATA[<&amp;>]]>c</r>",
@@ -170,6 +170,21 @@ TEST(SaxParser, EntityReferences) {
       EXPECT_EQ(Trace("<a v=\"" + attr + "\">"), std::string("<a v=") + c.out + ">1") << c.in;
     }
   }
+}
+
+TEST(SaxParser, ManyAttributesAreSortedOnce) {
+  // Inserting each in order would take seconds here.
+  std::string xml = "<a";
+  for (int i = 15000; i > 0; --i)
+    xml += " n" + std::to_string(i) + "=\"" + std::to_string(i) + "\"";
+  xml += "/>";
+  TStringStream s(xml);
+  THtSAXXMLParser sax(s, heUTF8);
+  ASSERT_TRUE(sax.Next());
+  ASSERT_EQ(sax.FAttributes.Count, 15000);
+  for (int i = 1; i < sax.FAttributes.Count; ++i)
+    ASSERT_LT(sax.FAttributes.GetName(i - 1).view(), sax.FAttributes.GetName(i).view());
+  EXPECT_EQ(sax.GetAttr(u"n4711"_hs), u"4711");
 }
 
 TEST(SaxParser, TagNamesAndNamespaces) {

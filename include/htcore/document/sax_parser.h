@@ -107,6 +107,7 @@ private:
   void SetName(const uint8_t* p, size_t n, hstring& Name, hstring* NameNS);
   void AddAttribute(const uint8_t* name, size_t name_len, const uint8_t* value, const uint8_t* value_end);
   hstring DecodeNew(const uint8_t* p, size_t n);
+  void SortAttributes();
   void GetString(hstring& s, const uint8_t* p, size_t n);
   void AppendBytes(const uint8_t* p, size_t n);
   void AppendEscaped(const uint8_t* p, const uint8_t* end);
@@ -123,6 +124,7 @@ private:
   bool FEof = false;
   bool FHeader = false; // ProcessEncoding has run
   bool FFirstTag = true;
+  bool FAttrsUnsorted = false;
   int FNameStart = 0; // raw name of the last tag, valid until the next refill
   int FNameLen = 0;
   std::u16string FWork; // texts with entities or CDATA are put together here
