@@ -52,19 +52,24 @@ std::string Escaped(const hstring& s) {
 // level behind the event for tags.
 std::string Trace(THtSAXXMLParser& sax) {
   std::string out;
+  auto put = [&out](std::initializer_list<std::string_view> parts) {
+    for (std::string_view p : parts)
+      out.append(p);
+  };
   while (sax.Next()) {
+    std::string level = std::to_string(sax.Level);
     switch (sax.FLastEvent) {
     case seTagStart:
-      out += "<" + Escaped(sax.FTag);
+      put({"<", Escaped(sax.FTag)});
       for (const THtAttribute& a : sax.FAttributes)
-        out += " " + Escaped(a.Name) + "=" + Escaped(a.Value);
-      out += ">" + std::to_string(sax.Level) + " ";
+        put({" ", Escaped(a.Name), "=", Escaped(a.Value)});
+      put({">", level, " "});
       break;
     case seTagEnd:
-      out += "</" + Escaped(sax.FTag) + ">" + std::to_string(sax.Level) + " ";
+      put({"</", Escaped(sax.FTag), ">", level, " "});
       break;
     case seText:
-      out += "'" + Escaped(sax.FText) + "' ";
+      put({"'", Escaped(sax.FText), "' "});
       break;
     }
   }
