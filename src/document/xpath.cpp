@@ -30,6 +30,63 @@ struct NestingGuard {
   NestingGuard& operator=(const NestingGuard&) = delete;
 };
 
+// A path can make the walk exponential in its length: `//*/..` repeated
+// steps down to every node and back up, so each repeat multiplies the
+// frames by the node count. A walk stops where its visits run past a
+// budget that any sensible query on the same tree stays well within; the
+// matches found so far stand. Nested walks of conditions share the budget
+// of the query that holds them.
+constexpr uint64_t kMinVisits = uint64_t(1) << 22;
+constexpr uint64_t kVisitsPerNode = 64;
+thread_local int g_walks = 0;
+thread_local uint64_t g_visits = 0;
+thread_local uint64_t g_visit_limit = 0;
+
+uint64_t count_nodes(const THtNode* root) {
+  uint64_t n = 0;
+  const THtNode* node = root;
+  while (node) {
+    ++n;
+    if (const THtNode* c = node->FirstChild()) {
+      node = c;
+      continue;
+    }
+    while (node != root && !node->FNextSibling)
+      node = node->FParent;
+    node = node == root ? nullptr : node->FNextSibling;
+  }
+  return n;
+}
+
+class WalkBudget {
+public:
+  explicit WalkBudget(THtNode* start) : FStart(start) {
+    if (g_walks++ == 0) {
+      g_visits = 0;
+      g_visit_limit = kMinVisits;
+    }
+  }
+  ~WalkBudget() { --g_walks; }
+  WalkBudget(const WalkBudget&) = delete;
+  WalkBudget& operator=(const WalkBudget&) = delete;
+
+  // True once the query has used up its visits. The tree is only counted
+  // when the small budget runs out, so ordinary queries never pay for it.
+  bool Spent() {
+    if (++g_visits <= g_visit_limit)
+      return false;
+    if (g_visit_limit == kMinVisits) {
+      uint64_t scaled = count_nodes(FStart->Root()) * kVisitsPerNode;
+      g_visit_limit = scaled > kMinVisits ? scaled : kMinVisits + 1;
+      return g_visits > g_visit_limit;
+    }
+    return true;
+  }
+
+private:
+  THtNode* FStart;
+};
+
 // ChildIndex() == index, stopping once more elements than that went before:
 // `//tr[0]` over a long table stays linear. Counts as ChildIndex does.
 bool at_child_index(const THtNode* node, int index) {
@@ -157,6 +214,7 @@ bool THtNode::EvaluateCondition(const TXPathNode* Step) {
 void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool FirstOnly) {
   TXPathProcessor* proc = Step->Processor;
   auto done = [&] { return (FirstOnly && List && List->GetCount() > 0) || !proc->Value.empty(); };
+  WalkBudget budget(this);
   std::vector<Frame> stack;
   stack.push_back({this, Step, nullptr, 0, rEnter});
   while (!stack.empty()) {
@@ -164,6 +222,8 @@ void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool Firs
     const TXPathNode* step = f.step;
     switch (f.at) {
     case rEnter: {
+      if (budget.Spent())
+        return;
       // A first-only list holds its one match: nothing further may add.
       if (FirstOnly && List && List->GetCount() > 0) {
         stack.pop_back();
@@ -197,6 +257,8 @@ void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool Firs
     }
     case rTest: {
       THtNode* c = f.child;
+      if (budget.Spent())
+        return;
       if (!c) {
         stack.pop_back();
         break;
@@ -250,6 +312,7 @@ void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool Firs
 bool THtNode::InternalXPathRef(const TXPathNode* Step, const THtNodeProcRef& Proc) {
   // A false answer from Proc ends the entire walk, so no frame needs to see
   // the result of the one above it.
+  WalkBudget budget(this);
   std::vector<Frame> stack;
   stack.push_back({this, Step, nullptr, 0, rEnter});
   while (!stack.empty()) {
@@ -257,6 +320,8 @@ bool THtNode::InternalXPathRef(const TXPathNode* Step, const THtNodeProcRef& Pro
     const TXPathNode* step = f.step;
     switch (f.at) {
     case rEnter: {
+      if (budget.Spent())
+        return true;
       if (step->Kind == xkAttr || step->Kind == xkCurrent) {
         stack.pop_back();
         break;
@@ -282,6 +347,8 @@ bool THtNode::InternalXPathRef(const TXPathNode* Step, const THtNodeProcRef& Pro
       break;
     }
     case rTest: {
+      if (budget.Spent())
+        return true;
       if (!f.child) {
         stack.pop_back();
         break;

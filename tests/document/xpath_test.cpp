@@ -2,6 +2,7 @@
 #include "htcore/document/html_node.h"
 #include "htcore/document/xpath.h"
 
+#include <chrono>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -338,4 +339,26 @@ TEST(XPath, DeeplyNestedConditionsDoNotExhaustTheStack) {
   EXPECT_EQ(doc.XPath(nested(3))->GetCount(), 1);
   EXPECT_EQ(doc.XPath(nested(100))->GetCount(), 1);
   EXPECT_EQ(doc.XPath(nested(5000))->GetCount(), 0); // beyond the nesting limit: false
+}
+
+TEST(XPath, ExponentialPathsStopAtTheVisitBudget) {
+  THtmlNode doc;
+  doc.Parse(u"<a><b><c/><c/></b><b><c/><c/></b><b/></a>");
+  // Each `//*/..` multiplies the walk by the node count: 12 of them would
+  // take hours. The walk stops at its budget; the matches found stand.
+  std::u16string path;
+  for (int i = 0; i < 12; ++i)
+    path += u"//*/..";
+  auto start = std::chrono::steady_clock::now();
+  IHtNodeList found = doc.XPath(hstring(path));
+  (void)doc.XPathValue(hstring(path + u"/@x"));
+  int calls = 0;
+  doc.XPath(hstring(path), [&](THtNode*, bool&) { ++calls; });
+  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  EXPECT_LT(seconds, 20.0);
+  EXPECT_GT(found->GetCount(), 0);
+  EXPECT_GT(calls, 0);
+  // A short path of the same kind is still answered in full: every node
+  // that has children, once per child.
+  EXPECT_EQ(doc.XPath(u"//*/..")->GetCount(), 8);
 }

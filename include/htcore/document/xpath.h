@@ -15,6 +15,9 @@
 // less-than (`>=` is right), tag names are compared with case, and the list
 // form of XPath starts at the node it is called on even for a path with a
 // leading `/`.
+// A walk has a budget of node visits (64 per node of the tree, at least
+// about four million), so that a hostile path such as `//*/..` repeated,
+// which grows exponentially, ends with the matches found so far.
 #pragma once
 
 #include "htcore/foundation/enum_info.h"
