@@ -38,6 +38,9 @@ struct NestingGuard {
 // of the query that holds them.
 constexpr uint64_t kMinVisits = uint64_t(1) << 22;
 constexpr uint64_t kVisitsPerNode = 64;
+// A condition's nested walk compiles its path first, which costs as much as
+// visiting a few hundred nodes.
+constexpr uint64_t kNestedWalkCost = 256;
 thread_local int g_walks = 0;
 thread_local uint64_t g_visits = 0;
 thread_local uint64_t g_visit_limit = 0;
@@ -64,6 +67,8 @@ public:
     if (g_walks++ == 0) {
       g_visits = 0;
       g_visit_limit = kMinVisits;
+    } else {
+      g_visits += kNestedWalkCost;
     }
   }
   ~WalkBudget() { --g_walks; }
