@@ -9,6 +9,7 @@
 #include "htcore/foundation/text_utils.h"
 #include "templates/template_internal.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace ht {
@@ -132,12 +133,15 @@ void fn_charstorects(const hstring& s, hstring& r) {
   r = fs.GetAsString();
 }
 
-// "N text": the text with blanks in front up to N units; longer text stays whole.
+// "N text": the text with blanks in front up to N units; longer text stays
+// whole. Widths are capped so that a stray number cannot ask for gigabytes.
+constexpr int kMaxPadWidth = 65536;
+
 void fn_padleft(const hstring& s, hstring& r) {
   int blank = FindChar(u' ', s);
   hstring text = blank ? s.substr(static_cast<size_t>(blank)) : hstring();
   int width = iStrtoInt(blank ? s.view().substr(0, static_cast<size_t>(blank - 1)) : s.view());
-  int pad = width - text.Length();
+  int pad = std::min(width, kMaxPadWidth) - text.Length();
   r = pad > 0 ? StringOfChar(u' ', pad) + text : text;
 }
 

@@ -88,6 +88,7 @@ TEST(TemplateFunctions, LayoutHelpers) {
       {u"padleft", "4 a b", " a b"},
       {u"padleft", "3 ", "   "},
       {u"padleft", "x abc", "abc"},
+      {u"padleft", "-4 abc", "abc"},
       {u"formatmoney", "1234567.891", "1 234 567.89"},
       {u"formatmoney", " 1 234,5 ", "1 234.5"},
       {u"formatmoney", "-0.004", "0"},
@@ -106,6 +107,7 @@ TEST(TemplateFunctions, LayoutHelpers) {
   };
   for (const auto& c : cases)
     EXPECT_EQ(Call(c.f, c.in), c.out) << static_cast<const void*>(c.f) << " " << c.in;
+  EXPECT_EQ(Call(u"padleft", "2147483647 x").size(), 65536u);
   std::string today = Call(u"date", "ignored");
   ASSERT_EQ(today.size(), 10u);
   EXPECT_EQ(today[4], '-');
