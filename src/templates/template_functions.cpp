@@ -141,8 +141,8 @@ void fn_padleft(const hstring& s, hstring& r) {
   int blank = FindChar(u' ', s);
   hstring text = blank ? s.substr(static_cast<size_t>(blank)) : hstring();
   int width = iStrtoInt(blank ? s.view().substr(0, static_cast<size_t>(blank - 1)) : s.view());
-  int pad = std::min(width, kMaxPadWidth) - text.Length();
-  r = pad > 0 ? StringOfChar(u' ', pad) + text : text;
+  int64_t pad = int64_t{std::min(width, kMaxPadWidth)} - text.Length();
+  r = pad > 0 ? StringOfChar(u' ', static_cast<int>(pad)) + text : text;
 }
 
 void fn_date(const hstring&, hstring& r) { r = DateToISO8601(Date(), false); }

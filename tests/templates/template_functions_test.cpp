@@ -89,6 +89,7 @@ TEST(TemplateFunctions, LayoutHelpers) {
       {u"padleft", "3 ", "   "},
       {u"padleft", "x abc", "abc"},
       {u"padleft", "-4 abc", "abc"},
+      {u"padleft", "-2147483648 abc", "abc"},
       {u"formatmoney", "1234567.891", "1 234 567.89"},
       {u"formatmoney", " 1 234,5 ", "1 234.5"},
       {u"formatmoney", "-0.004", "0"},
