@@ -2,6 +2,7 @@
 // stdout and stderr kept apart.
 #pragma once
 
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -45,6 +46,24 @@ inline TRun run(const std::string& args, const std::string* stdin_text = nullptr
   r.Status = WIFEXITED(rc) ? WEXITSTATUS(rc) : -1;
   r.Out = slurp(out);
   r.Err = slurp(err);
+  return r;
+}
+
+// Runs the shell command line `tool ARGS` (redirections allowed) and keeps
+// its standard output only.
+inline TRun RunTool(const std::string& args) {
+  const char* t = tool();
+  std::string cmd = std::string(t ? t : "htcore") + " " + args;
+  TRun r;
+  FILE* p = popen(cmd.c_str(), "r");
+  if (!p)
+    return r;
+  char buf[4096];
+  size_t n;
+  while ((n = fread(buf, 1, sizeof buf, p)) > 0)
+    r.Out.append(buf, n);
+  int st = pclose(p);
+  r.Status = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
   return r;
 }
 
