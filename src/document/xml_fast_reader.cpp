@@ -212,7 +212,6 @@ private:
     b.clear();
   }
   THtNode* FRoot = nullptr;
-  int FTextClassName = -1;
   THtNodeClass FTextClass = nullptr;
 };
 

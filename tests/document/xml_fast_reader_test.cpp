@@ -203,8 +203,8 @@ TEST(XMLFastReader, RealFilesGiveTheSameTree) {
 
 TEST(XMLFastReader, MutatedTextsGiveTheSameTreeOrError) {
   static const char* const kSeeds[] = {
-      "<?xml version=\"1.0\" encoding=\"utf-8\"?><!-- c --><r a=\"1\" b='x &amp; y'>\n <i id=\"1\">caf\xC3\xA9 "
-      "&#233;</i>\n <j/><![CDATA[z]]><?p q?>t<k x='\xC3\xA9'>&lt;</k></r>",
+      ("<?xml version=\"1.0\" encoding=\"utf-8\"?><!-- c --><r a=\"1\" b='x &amp; y'>\n <i id=\"1\">caf\xC3\xA9 "
+       "&#233;</i>\n <j/><![CDATA[z]]><?p q?>t<k x='\xC3\xA9'>&lt;</k></r>"),
       "<r xml:space=\"preserve\"> <a> </a> <b x=\"1\" x=\"2\" y /> &nbsp;&quot; </r>",
       "<a><b><c>1</c><c>2</c></b><!DOCTYPE d><d e='&#x41;'/></a>"};
   uint32_t seed = 12345;
