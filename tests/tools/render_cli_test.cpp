@@ -1,35 +1,13 @@
 // htcore render, run as a user would run it.
-#include <cstdio>
-#include <cstdlib>
+#include "cli_run.h"
+
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
-
-struct TRun {
-  int status;
-  std::string out;
-};
-
-TRun RunTool(const std::string& args) {
-  const char* tool = std::getenv("HTCORE_TOOL");
-  std::string cmd = std::string(tool ? tool : "htcore") + " " + args;
-  FILE* p = popen(cmd.c_str(), "r");
-  TRun r{-1, {}};
-  if (!p)
-    return r;
-  char buf[4096];
-  size_t n;
-  while ((n = fread(buf, 1, sizeof buf, p)) > 0)
-    r.out.append(buf, n);
-  int st = pclose(p);
-  r.status = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
-  return r;
-}
 
 const std::string kExamples = HTCORE_SOURCE_DIR "/examples";
 
@@ -43,7 +21,7 @@ void Write(const std::filesystem::path& p, const std::string& text) {
 
 TEST(RenderCli, CatalogueExample) {
   TRun r = RunTool("render " + kExamples + "/catalogue.tpl.html " + kExamples + "/catalogue.xml");
-  ASSERT_EQ(r.status, 0);
+  ASSERT_EQ(r.Status, 0);
   const char* parts[] = {
       "<title>Spring catalogue</title>",
       "<script>const pending = \"{{left alone inside scripts}}\";</script>",
@@ -59,20 +37,20 @@ TEST(RenderCli, CatalogueExample) {
       "<h2>3. Poetry</h2>\n<p>No books yet.</p>",
   };
   for (const char* p : parts)
-    EXPECT_TRUE(Has(r.out, p)) << p;
+    EXPECT_TRUE(Has(r.Out, p)) << p;
   // Comments and the unset customer leave nothing behind.
-  EXPECT_FALSE(Has(r.out, "prepared for"));
-  EXPECT_FALSE(Has(r.out, "The shop name"));
+  EXPECT_FALSE(Has(r.Out, "prepared for"));
+  EXPECT_FALSE(Has(r.Out, "The shop name"));
   // Each table opens once and closes once per category with books.
   size_t tables = 0;
-  for (size_t at = 0; (at = r.out.find("<table>", at)) != std::string::npos; ++at)
+  for (size_t at = 0; (at = r.Out.find("<table>", at)) != std::string::npos; ++at)
     ++tables;
   EXPECT_EQ(tables, 2u);
 
   TRun v = RunTool("render " + kExamples + "/catalogue.tpl.html " + kExamples +
                    "/catalogue.xml --var 'customer=Ann & <Bob>'");
-  ASSERT_EQ(v.status, 0);
-  EXPECT_TRUE(Has(v.out, "<p>Updated 14 March 2026, prepared for Ann &amp; &lt;Bob&gt;.</p>"));
+  ASSERT_EQ(v.Status, 0);
+  EXPECT_TRUE(Has(v.Out, "<p>Updated 14 March 2026, prepared for Ann &amp; &lt;Bob&gt;.</p>"));
 }
 
 TEST(RenderCli, JsonFromStandardInputAndJsonMode) {
@@ -83,12 +61,12 @@ TEST(RenderCli, JsonFromStandardInputAndJsonMode) {
   TRun r = RunTool(
       "render " + (dir / "t.json.tpl").string() +
       " - --json-mode <<'EOF'\n{\"list\":[{\"name\":\"a \\\"q\\\"\"},{\"name\":\"<\xC3\xA9>\"}]}\nEOF");
-  ASSERT_EQ(r.status, 0);
-  EXPECT_EQ(r.out, "{\"items\":[\"a \\\"q\\\"\",\"<\xC3\xA9>\"]}");
+  ASSERT_EQ(r.Status, 0);
+  EXPECT_EQ(r.Out, "{\"items\":[\"a \\\"q\\\"\",\"<\xC3\xA9>\"]}");
   // Without --json-mode the values are HTML-escaped.
   Write(dir / "d.json", "{\"list\":[{\"name\":\"<b>\"}]}");
   r = RunTool("render " + (dir / "t.json.tpl").string() + " " + (dir / "d.json").string());
-  EXPECT_EQ(r.out, "{\"items\":[\"&lt;b&gt;\"]}");
+  EXPECT_EQ(r.Out, "{\"items\":[\"&lt;b&gt;\"]}");
   fs::remove_all(dir);
 }
 
@@ -104,8 +82,8 @@ TEST(RenderCli, IncludesStayBesideTheTemplate) {
             (dir / "secret.txt").string() + "{{/include}}]");
   Write(dir / "d.xml", "<d/>");
   TRun r = RunTool("render " + (dir / "site" / "page.tpl").string() + " " + (dir / "d.xml").string());
-  ASSERT_EQ(r.status, 0);
-  EXPECT_EQ(r.out, "[<footer>f</footer>][][]");
+  ASSERT_EQ(r.Status, 0);
+  EXPECT_EQ(r.Out, "[<footer>f</footer>][][]");
   fs::remove_all(dir);
 }
 
@@ -133,7 +111,7 @@ TEST(RenderCli, ErrorsGiveOneLine) {
   for (const auto& c : cases) {
     std::string input = c.input.empty() ? "" : " <<'EOF'\n" + c.input + "\nEOF";
     TRun r = RunTool(c.args + " 2>&1 >/dev/null" + input);
-    EXPECT_EQ(r.status, 1) << c.args;
-    EXPECT_EQ(r.out, c.out) << c.args;
+    EXPECT_EQ(r.Status, 1) << c.args;
+    EXPECT_EQ(r.Out, c.out) << c.args;
   }
 }
