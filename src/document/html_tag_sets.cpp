@@ -1,8 +1,6 @@
 #include "document/html_tag_sets.h"
 
-#include "htcore/foundation/hash.h"
-
-#include <array>
+#include "document/tag_name_table.h"
 
 namespace ht::detail {
 
@@ -10,7 +8,7 @@ namespace {
 
 struct TEntry {
   std::u16string_view Name;
-  THtmlTagInfo Info;
+  THtmlTagInfo Data;
 };
 
 constexpr TEntry kTags[] = {
@@ -91,40 +89,9 @@ constexpr TEntry kTags[] = {
     {u"u", {tiOther, tsFormatting}},
 };
 
-constexpr size_t kSlots = 256; // more than twice the entries: short probes
-
-struct TSlot {
-  uint32_t Hash;
-  const TEntry* Entry;
-};
-
-struct TTable {
-  std::array<TSlot, kSlots> Slots{};
-  TTable() {
-    for (const TEntry& e : kTags) {
-      uint32_t h = RSHash(e.Name.data(), static_cast<int>(e.Name.size()));
-      size_t i = h % kSlots;
-      while (Slots[i].Entry)
-        i = (i + 1) % kSlots;
-      Slots[i] = {h, &e};
-    }
-  }
-};
-
-const TTable& Table() {
-  static const TTable table;
+const TTagNameTable<TEntry, 256>& Table() {
+  static const TTagNameTable<TEntry, 256> table(kTags);
   return table;
-}
-
-bool SameAsciiLower(std::u16string_view name, std::u16string_view lower) noexcept {
-  if (name.size() != lower.size())
-    return false;
-  for (size_t i = 0; i < name.size(); ++i) {
-    char16_t c = name[i] >= u'A' && name[i] <= u'Z' ? name[i] + 32 : name[i];
-    if (c != lower[i])
-      return false;
-  }
-  return true;
 }
 
 } // namespace
@@ -132,11 +99,8 @@ bool SameAsciiLower(std::u16string_view name, std::u16string_view lower) noexcep
 THtmlTagInfo HtmlTagInfo(std::u16string_view name, uint32_t hash) noexcept {
   if (name.empty() || name.size() > 10)
     return {};
-  const TTable& t = Table();
-  for (size_t i = hash % kSlots; t.Slots[i].Entry; i = (i + 1) % kSlots)
-    if (t.Slots[i].Hash == hash && SameAsciiLower(name, t.Slots[i].Entry->Name))
-      return t.Slots[i].Entry->Info;
-  return {};
+  const TEntry* e = Table().Find(name, hash);
+  return e ? e->Data : THtmlTagInfo{};
 }
 
 THtmlTagInfo HtmlTagInfo(std::u16string_view name) noexcept {

@@ -1,8 +1,6 @@
 #include "document/html_writer_tags.h"
 
-#include "htcore/foundation/hash.h"
-
-#include <array>
+#include "document/tag_name_table.h"
 
 namespace ht::detail {
 
@@ -10,7 +8,7 @@ namespace {
 
 struct TEntry {
   std::u16string_view Name;
-  TWriterTag Tag;
+  TWriterTag Data;
 };
 
 constexpr uint8_t kTextBlock = wfTextBlock | wfTextLineEnd;
@@ -73,41 +71,11 @@ constexpr TEntry kTags[] = {
     {u"xhtml", {wtOther, wfFormatBlock}},
 };
 
-constexpr size_t kSlots = 256; // more than four times the entries: short probes
 constexpr size_t kLongest = 13;
 
-struct TSlot {
-  uint32_t Hash;
-  const TEntry* Entry;
-};
-
-struct TTable {
-  std::array<TSlot, kSlots> Slots{};
-  TTable() {
-    for (const TEntry& e : kTags) {
-      uint32_t h = RSHash(e.Name.data(), static_cast<int>(e.Name.size()));
-      size_t i = h % kSlots;
-      while (Slots[i].Entry)
-        i = (i + 1) % kSlots;
-      Slots[i] = {h, &e};
-    }
-  }
-};
-
-const TTable& Table() {
-  static const TTable table;
+const TTagNameTable<TEntry, 256>& Table() {
+  static const TTagNameTable<TEntry, 256> table(kTags);
   return table;
-}
-
-bool same_ascii_lower(std::u16string_view name, std::u16string_view lower) noexcept {
-  if (name.size() != lower.size())
-    return false;
-  for (size_t i = 0; i < name.size(); ++i) {
-    char16_t c = name[i] >= u'A' && name[i] <= u'Z' ? static_cast<char16_t>(name[i] + 32) : name[i];
-    if (c != lower[i])
-      return false;
-  }
-  return true;
 }
 
 } // namespace
@@ -115,11 +83,8 @@ bool same_ascii_lower(std::u16string_view name, std::u16string_view lower) noexc
 TWriterTag WriterTag(std::u16string_view name, uint32_t hash) noexcept {
   if (name.empty() || name.size() > kLongest)
     return {};
-  const TTable& t = Table();
-  for (size_t i = hash % kSlots; t.Slots[i].Entry; i = (i + 1) % kSlots)
-    if (t.Slots[i].Hash == hash && same_ascii_lower(name, t.Slots[i].Entry->Name))
-      return t.Slots[i].Entry->Tag;
-  return {};
+  const TEntry* e = Table().Find(name, hash);
+  return e ? e->Data : TWriterTag{};
 }
 
 } // namespace ht::detail
