@@ -5,6 +5,7 @@
 // iso-codes, when present, and a generated document with numbers, nesting
 // and escapes. Counters x_rapidjson / x_nlohmann on the htcore runs: peer
 // time / htcore time, so above 1 means htcore is faster.
+#include "bench_inputs.h"
 #include "htcore/document/xml_node.h"
 
 #include <benchmark/benchmark.h>
@@ -22,10 +23,7 @@
 
 namespace {
 
-struct TInput {
-  std::string name;
-  std::string bytes;
-};
+using bench::TInput;
 
 std::string make_document(int records) {
   std::string s = "{\"generator\":\"bench\",\"count\":" + std::to_string(records) + ",\"records\":[\n";
@@ -42,42 +40,16 @@ std::string make_document(int records) {
 }
 
 std::vector<TInput>& inputs() {
-  static std::vector<TInput> list = [] {
-    std::vector<TInput> v;
-    for (const char* path :
-         {"/usr/share/iso-codes/json/iso_639-3.json", "/usr/share/iso-codes/json/iso_3166-2.json"}) {
-      std::ifstream f(path, std::ios::binary);
-      if (!f)
-        continue;
-      std::stringstream ss;
-      ss << f.rdbuf();
-      std::string name = path;
-      v.push_back({name.substr(name.rfind('/') + 1), ss.str()});
-    }
-    v.push_back({"generated", make_document(20000)});
-    return v;
-  }();
+  static std::vector<TInput> list = bench::LoadInputs(
+      {"/usr/share/iso-codes/json/iso_639-3.json", "/usr/share/iso-codes/json/iso_3166-2.json"},
+      make_document(20000));
   return list;
 }
 
-std::map<std::string, double> g_peer_seconds; // "peer/input" -> seconds per iteration
+bench::TPeerTimer g_timer({"rapidjson", "nlohmann"});
 
 template <class F> void timed(benchmark::State& state, const TInput& in, const std::string& key, F&& body) {
-  auto start = std::chrono::steady_clock::now();
-  for (auto _ : state)
-    body();
-  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() /
-                   static_cast<double>(state.iterations());
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(in.bytes.size()));
-  if (!key.empty()) {
-    g_peer_seconds[key + "/" + in.name] = seconds;
-    return;
-  }
-  for (const char* peer : {"rapidjson", "nlohmann"}) {
-    auto it = g_peer_seconds.find(std::string(peer) + "/" + in.name);
-    if (it != g_peer_seconds.end())
-      state.counters[std::string("x_") + peer] = it->second / seconds;
-  }
+  g_timer.Run(state, in, key, body);
 }
 
 void BM_Htcore(benchmark::State& state, const TInput* in) {

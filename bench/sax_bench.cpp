@@ -5,6 +5,7 @@
 // is left out: it holds a bare '&', where expat stops half way.)
 // Counter x_expat on the htcore runs: expat time / htcore time, so above 1
 // means htcore is faster.
+#include "bench_inputs.h"
 #include "htcore/document/sax_parser.h"
 #include "htcore/foundation/stream_types.h"
 
@@ -23,41 +24,13 @@
 
 namespace {
 
-struct TInput {
-  std::string name;
-  std::string bytes;
-};
-
-std::string make_document(int items) {
-  std::string s = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<catalog version=\"2\">\n";
-  for (int i = 0; i < items; ++i) {
-    std::string n = std::to_string(i);
-    s += "  <item id=\"" + n + "\" kind=\"k" + std::to_string(i % 5) + "\" price=\"" + n + ".50\">\n" +
-         "    <name>Item " + n + " caf\xC3\xA9 &amp; more</name>\n    <tags><tag>a</tag><tag>b" + n +
-         "</tag></tags>\n    <!-- note " + n +
-         " -->\n    <description>Text with &lt;markup&gt; and "
-         "<b>mixed</b> content.</description>\n  </item>\n";
-  }
-  return s + "</catalog>\n";
-}
+using bench::TInput;
 
 std::vector<TInput>& inputs() {
-  static std::vector<TInput> list = [] {
-    std::vector<TInput> v;
-    for (const char* path :
-         {"/usr/share/mime/packages/freedesktop.org.xml", "/usr/share/xml/iso-codes/iso_639-3.xml",
-          "/usr/share/xml/iso-codes/iso_639-2.xml"}) {
-      std::ifstream f(path, std::ios::binary);
-      if (!f)
-        continue;
-      std::stringstream ss;
-      ss << f.rdbuf();
-      std::string name = path;
-      v.push_back({name.substr(name.rfind('/') + 1), ss.str()});
-    }
-    v.push_back({"generated", make_document(20000)});
-    return v;
-  }();
+  static std::vector<TInput> list =
+      bench::LoadInputs({"/usr/share/mime/packages/freedesktop.org.xml",
+                         "/usr/share/xml/iso-codes/iso_639-3.xml", "/usr/share/xml/iso-codes/iso_639-2.xml"},
+                        bench::MakeXmlCatalogue(20000));
   return list;
 }
 
@@ -68,25 +41,10 @@ struct TTally {
   int64_t text_units = 0;
 };
 
-std::map<std::string, double> g_peer_seconds; // "peer/input" -> seconds per iteration
-std::map<std::string, double> g_ratio;        // "run/input" -> peer time / htcore time
+bench::TPeerTimer g_timer({"expat"});
 
 template <class F> void timed(benchmark::State& state, const TInput& in, const std::string& key, F&& body) {
-  auto start = std::chrono::steady_clock::now();
-  for (auto _ : state)
-    body();
-  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() /
-                   static_cast<double>(state.iterations());
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(in.bytes.size()));
-  if (key.rfind("Htcore", 0) != 0) {
-    g_peer_seconds[key + "/" + in.name] = seconds;
-    return;
-  }
-  auto it = g_peer_seconds.find("expat/" + in.name);
-  if (it != g_peer_seconds.end()) {
-    state.counters["x_expat"] = it->second / seconds;
-    g_ratio[key + "/" + in.name] = it->second / seconds;
-  }
+  g_timer.Run(state, in, key, body);
 }
 
 TTally htcore_next(const TInput& in) {
@@ -190,9 +148,9 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
-  if (!g_ratio.empty()) {
+  if (!g_timer.Ratios().empty()) {
     std::printf("\nexpat time / htcore time (above 1: htcore faster)\n");
-    for (const auto& [key, ratio] : g_ratio)
+    for (const auto& [key, ratio] : g_timer.Ratios())
       std::printf("  %-40s %.2f\n", key.c_str(), ratio);
   }
   return 0;

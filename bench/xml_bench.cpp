@@ -5,6 +5,7 @@
 // present, and a generated document. Every run includes freeing the tree.
 // Counters x_pugixml / x_libxml2 on the htcore runs: peer time / htcore
 // time, so above 1 means htcore is faster.
+#include "bench_inputs.h"
 #include "htcore/document/xml_node.h"
 
 #include <benchmark/benchmark.h>
@@ -23,62 +24,20 @@
 
 namespace {
 
-struct TInput {
-  std::string name;
-  std::string bytes;
-};
-
-std::string make_document(int items) {
-  std::string s = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<catalog version=\"2\">\n";
-  for (int i = 0; i < items; ++i) {
-    std::string n = std::to_string(i);
-    s += "  <item id=\"" + n + "\" kind=\"k" + std::to_string(i % 5) + "\" price=\"" + n + ".50\">\n" +
-         "    <name>Item " + n + " caf\xC3\xA9 &amp; more</name>\n    <tags><tag>a</tag><tag>b" + n +
-         "</tag></tags>\n    <!-- note " + n +
-         " -->\n    <description>Text with &lt;markup&gt; and "
-         "<b>mixed</b> content.</description>\n  </item>\n";
-  }
-  return s + "</catalog>\n";
-}
+using bench::TInput;
 
 std::vector<TInput>& inputs() {
-  static std::vector<TInput> list = [] {
-    std::vector<TInput> v;
-    for (const char* path :
-         {"/usr/share/mime/packages/freedesktop.org.xml", "/usr/share/xml/iso-codes/iso_639-3.xml",
-          "/usr/share/xml/iso-codes/iso_3166-2.xml"}) {
-      std::ifstream f(path, std::ios::binary);
-      if (!f)
-        continue;
-      std::stringstream ss;
-      ss << f.rdbuf();
-      std::string name = path;
-      v.push_back({name.substr(name.rfind('/') + 1), ss.str()});
-    }
-    v.push_back({"generated", make_document(20000)});
-    return v;
-  }();
+  static std::vector<TInput> list =
+      bench::LoadInputs({"/usr/share/mime/packages/freedesktop.org.xml",
+                         "/usr/share/xml/iso-codes/iso_639-3.xml", "/usr/share/xml/iso-codes/iso_3166-2.xml"},
+                        bench::MakeXmlCatalogue(20000));
   return list;
 }
 
-std::map<std::string, double> g_peer_seconds; // "peer/input" -> seconds per iteration
+bench::TPeerTimer g_timer({"pugixml", "libxml2"});
 
 template <class F> void timed(benchmark::State& state, const TInput& in, const std::string& key, F&& body) {
-  auto start = std::chrono::steady_clock::now();
-  for (auto _ : state)
-    body();
-  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() /
-                   static_cast<double>(state.iterations());
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(in.bytes.size()));
-  if (!key.empty()) {
-    g_peer_seconds[key + "/" + in.name] = seconds;
-    return;
-  }
-  for (const char* peer : {"pugixml", "libxml2"}) {
-    auto it = g_peer_seconds.find(std::string(peer) + "/" + in.name);
-    if (it != g_peer_seconds.end())
-      state.counters[std::string("x_") + peer] = it->second / seconds;
-  }
+  g_timer.Run(state, in, key, body);
 }
 
 void BM_Htcore(benchmark::State& state, const TInput* in) {
