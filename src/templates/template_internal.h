@@ -41,10 +41,6 @@ void TemplateInclude(const hstring& Path, hstring& Result);
 hstring LookupVar(THtTemplateContext& C, const hstring& Name, const THtTemplateName& N, bool Probe);
 bool LookupSection(THtTemplateContext& C, const hstring& Name, const THtTemplateName& N, IHtNodeList& List);
 
-// Writes s escaped for an HTML attribute value: &lt; &gt; &amp; &quot;
-// &nbsp; and &#N; for the codes below 10.
-void AppendHtmlAttrEncoded(TFastString& Out, std::u16string_view s);
-
 // Start and stop of the httemplates unit: the built-in functions.
 void RegisterBuiltinTemplateFunctions();
 void FreeTemplateFunctions();

@@ -1,4 +1,5 @@
 // The render loop: items to text, with an explicit stack of open sections.
+#include "htcore/document/html_encode.h"
 #include "htcore/document/xml_node.h"
 #include "htcore/foundation/fast_string.h"
 #include "htcore/foundation/text_utils.h"
@@ -10,48 +11,6 @@
 #include <vector>
 
 namespace ht {
-
-namespace detail {
-
-void AppendHtmlAttrEncoded(TFastString& Out, std::u16string_view s) {
-  const char16_t* p = s.data();
-  const char16_t* end = p + s.size();
-  const char16_t* run = p;
-  for (; p < end; ++p) {
-    char16_t c = *p;
-    // One compare keeps the common letters on the fast path.
-    if (c > u'>') {
-      if (c != 0xA0)
-        continue;
-    } else if (c >= 10 && c != u'<' && c != u'>' && c != u'&' && c != u'"') {
-      continue;
-    }
-    Out.Add(run, p - run);
-    switch (c) {
-    case u'<':
-      Out.Add(u"&lt;");
-      break;
-    case u'>':
-      Out.Add(u"&gt;");
-      break;
-    case u'&':
-      Out.Add(u"&amp;");
-      break;
-    case u'"':
-      Out.Add(u"&quot;");
-      break;
-    case 0xA0:
-      Out.Add(u"&nbsp;");
-      break;
-    default:
-      Out.Add2Char(u'&', u'#').Add2Char(static_cast<char16_t>(u'0' + c), u';');
-    }
-    run = p + 1;
-  }
-  Out.Add(run, end - run);
-}
-
-} // namespace detail
 
 namespace {
 
@@ -125,7 +84,7 @@ void THtTemplate::RenderItems(THtTemplateContext& C, TFastString& Out) const {
       else if (FJSONMode)
         out.Add(JSONEncode(v));
       else
-        detail::AppendHtmlAttrEncoded(out, v.view());
+        HtmlEncodeAttrTo(out, v.view());
       continue;
     }
     case tiSection:
