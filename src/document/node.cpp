@@ -196,8 +196,6 @@ THtNode* THtNode::PreviousSibling() const {
   return i > 0 ? FParent->FNodes->GetNode(i - 1) : nullptr;
 }
 
-THtNode* THtNode::FirstChild() const noexcept { return FNodes ? FNodes->FirstNode() : nullptr; }
-
 THtNode* THtNode::NextNode() const {
   if (THtNode* c = FirstChild())
     return c;

@@ -87,15 +87,11 @@ void THtNodeList::_Release() noexcept {
 
 // --- Items ---
 
-THtNode* THtNodeList::Item(int Index) const noexcept { return static_cast<THtNode*>(List()[Index]); }
-
 THtNode* THtNodeList::GetNode(int Index) const {
   if (Index < 0 || Index >= Count())
     throw EListError(std::string_view("SListIndexError"));
   return Item(Index);
 }
-
-THtNode* THtNodeList::FirstNode() const noexcept { return Count() ? Item(0) : nullptr; }
 
 THtNode* THtNodeList::LastNode() const noexcept { return Count() ? Item(Count() - 1) : nullptr; }
 

@@ -185,4 +185,9 @@ public:
   static THtNode* CreateNode(THtNodeClass NodeClass) { return NodeClass ? NodeClass->Create() : nullptr; }
 };
 
+// Walks call these once per node: inline, they cost no call.
+inline THtNode* THtNodeList::Item(int Index) const noexcept { return static_cast<THtNode*>(List()[Index]); }
+inline THtNode* THtNodeList::FirstNode() const noexcept { return Count() ? Item(0) : nullptr; }
+inline THtNode* THtNode::FirstChild() const noexcept { return FNodes ? FNodes->FirstNode() : nullptr; }
+
 } // namespace ht

@@ -191,3 +191,6 @@ inline THtNodeListRef& THtNodeListRef::operator=(THtNodeListRef&& o) noexcept {
 }
 
 } // namespace ht
+
+// The inline members that need THtNode complete.
+#include "htcore/document/node.h"
