@@ -3,6 +3,7 @@
 
 #include "document/html_colour_data.h"
 #include "document/htmlpars_start.h"
+#include "foundation/hex_digit.h"
 #include "htcore/foundation/colour.h"
 #include "htcore/foundation/startup.h"
 #include "htcore/foundation/string_dictionary.h"
@@ -36,31 +37,22 @@ struct TColorTables {
 // Filled at start, read-only afterwards, freed at stop.
 TColorTables* g_tables = nullptr;
 
-int hex_value(char16_t c) {
-  if (c >= u'0' && c <= u'9')
-    return c - u'0';
-  if (c >= u'a' && c <= u'f')
-    return c - u'a' + 10;
-  if (c >= u'A' && c <= u'F')
-    return c - u'A' + 10;
-  return -1;
-}
-
 uint32_t hex_pair(view d, size_t i) {
-  return static_cast<uint32_t>(hex_value(d[i]) * 16 + hex_value(d[i + 1]));
+  return static_cast<uint32_t>(detail::HexDigitValue(d[i]) * 16 + detail::HexDigitValue(d[i + 1]));
 }
 
 // The digits behind a '#': d holds them without the '#', so the whole text is
 // d.size() + 1 units long.
 uint32_t hash_colour(view d) {
   for (char16_t c : d)
-    if (hex_value(c) < 0)
+    if (detail::HexDigitValue(c) < 0)
       return HtInvalidColor;
   size_t n = d.size() + 1;
   if (n == 4 || n == 5) {
-    uint32_t a = n == 5 ? static_cast<uint32_t>(hex_value(d[3]) * 17) : 255;
-    return a << 24 | static_cast<uint32_t>(hex_value(d[0]) * 17) << 16 |
-           static_cast<uint32_t>(hex_value(d[1]) * 17) << 8 | static_cast<uint32_t>(hex_value(d[2]) * 17);
+    uint32_t a = n == 5 ? static_cast<uint32_t>(detail::HexDigitValue(d[3]) * 17) : 255;
+    return a << 24 | static_cast<uint32_t>(detail::HexDigitValue(d[0]) * 17) << 16 |
+           static_cast<uint32_t>(detail::HexDigitValue(d[1]) * 17) << 8 |
+           static_cast<uint32_t>(detail::HexDigitValue(d[2]) * 17);
   }
   if (n < 7)
     return HtInvalidColor;
@@ -221,7 +213,7 @@ uint32_t colour_of(view s, bool with_rgba, int& IsSystem) {
   return hash_colour(s);
 }
 
-}  // namespace
+} // namespace
 
 std::span<const THtColorRec> HtColorTable() {
   EnsureStarted();
@@ -301,6 +293,6 @@ void FreeColorTables() {
   g_tables = nullptr;
 }
 
-}  // namespace detail
+} // namespace detail
 
-}  // namespace ht
+} // namespace ht

@@ -6,6 +6,7 @@
 // names; for anything else (errors, comments, concatenated objects, nodes of
 // a subclass) it gives up and SetJSON reads the text again the usual way,
 // which also raises the errors.
+#include "document/json_escape.h"
 #include "document/xml_reader_internal.h"
 #include "htcore/document/json_parser.h"
 
@@ -32,20 +33,7 @@ inline bool is_ident_start(char16_t c) {
   return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || c == u'_';
 }
 
-inline bool is_ident_unit(char16_t c) {
-  return c >= 256 || (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') ||
-         c == u'_' || c == u'-';
-}
-
 inline bool is_digit(char16_t c) { return c >= u'0' && c <= u'9'; }
-
-inline int hex_value(char16_t c) {
-  if (c >= u'0' && c <= u'9')
-    return c - u'0';
-  if ((c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F'))
-    return (c | 0x20) - u'a' + 10;
-  return -1;
-}
 
 enum TScalar { scString, scNumber, scIdent, scValue };
 
@@ -107,7 +95,7 @@ bool TJSONReader::ReadScalar(TScalar& kind) {
   }
   if (is_ident_start(c)) {
     const char16_t* b = p;
-    for (++p; p < end && is_ident_unit(*p);)
+    for (++p; p < end && IsJSONIdentUnit(*p);)
       ++p;
     FScalar = sv(b, static_cast<size_t>(p - b));
     kind = FScalar == u"true" || FScalar == u"false" || FScalar == u"null" ? scValue : scIdent;
@@ -139,53 +127,8 @@ void TJSONReader::ReadString() {
     }
     FBuffer.append(seg, q);
     ++q;
-    if (q >= end)
+    if (DecodeJSONEscape(q, end, c) != TJSONEscape::Ok)
       give_up();
-    c = *q;
-    switch (c) {
-    case u'"':
-    case u'\\':
-    case u'/':
-      break;
-    case u'b':
-      c = 8;
-      break;
-    case u'f':
-      c = 12;
-      break;
-    case u'n':
-      c = 10;
-      break;
-    case u'r':
-      c = 13;
-      break;
-    case u't':
-      c = 9;
-      break;
-    case u'u': {
-      unsigned v = 0;
-      for (int i = 1; i <= 4; ++i) {
-        int d = hex_value(q[i]); // stops at the NUL behind the text
-        if (d < 0)
-          give_up();
-        v = v << 4 | static_cast<unsigned>(d);
-      }
-      q += 4;
-      c = static_cast<char16_t>(v);
-      break;
-    }
-    case u'x': {
-      if (end - q < 3)
-        give_up();
-      // Unchecked as in the token reader: a unit that is no hex digit gives its low bits.
-      auto nibble = [](char16_t u) { return static_cast<unsigned>(hex_value(u) >= 0 ? hex_value(u) : u & 15); };
-      c = static_cast<char16_t>(nibble(q[1]) << 4 | nibble(q[2]));
-      q += 2;
-      break;
-    }
-    default:
-      give_up();
-    }
     FBuffer.push_back(c);
     seg = ++q;
   }
@@ -226,9 +169,7 @@ void TJSONReader::ReadNumber() {
   FScalar = sv(b, static_cast<size_t>(p - b));
 }
 
-hstring TJSONReader::ScalarText() {
-  return FValues.Get(FScalar);
-}
+hstring TJSONReader::ScalarText() { return FValues.Get(FScalar); }
 
 // Children are nodes of this very class, so that a subclass that makes
 // others goes the usual way.

@@ -1,5 +1,6 @@
 // JSON tokens: character classes, strings with escapes, identifiers, numbers.
 #include "document/htmlpars_start.h"
+#include "document/json_escape.h"
 #include "htcore/document/json_parser.h"
 #include "htcore/foundation/startup.h"
 
@@ -29,20 +30,6 @@ uint8_t g_json_classes[256];
 
 inline TJSONCharClass class_of(char16_t c) {
   return c < 256 ? static_cast<TJSONCharClass>(g_json_classes[c]) : ccOther;
-}
-
-// Units that continue an identifier (and an unknown token).
-inline bool is_ident_unit(char16_t c) {
-  return c >= 256 || (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') ||
-         c == u'_' || c == u'-';
-}
-
-inline int hex_value(char16_t c) {
-  if (c >= u'0' && c <= u'9')
-    return c - u'0';
-  if ((c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F'))
-    return (c | 0x20) - u'a' + 10;
-  return -1;
 }
 
 [[noreturn]] void raise(std::string_view message) { throw EHtParserError(message); }
@@ -176,7 +163,7 @@ bool THtJSONTokenizer::ReadComment() {
 void THtJSONTokenizer::ReadIdent() {
   const char16_t* b = Parser.p;
   const char16_t* q = b + 1;
-  while (q < Parser.pend && is_ident_unit(*q))
+  while (q < Parser.pend && detail::IsJSONIdentUnit(*q))
     ++q;
   Parser.p = q;
   size_t n = static_cast<size_t>(q - b);
@@ -230,51 +217,13 @@ void THtJSONTokenizer::ReadString() {
 
 // q stands behind the backslash; it is left behind the escape.
 void THtJSONTokenizer::Escape(const char16_t*& q) {
-  if (q >= Parser.pend)
+  char16_t c = 0;
+  switch (detail::DecodeJSONEscape(q, Parser.pend, c)) {
+  case detail::TJSONEscape::Ok:
+    break;
+  case detail::TJSONEscape::Unterminated:
     raise("Unterminated string");
-  char16_t c = *q;
-  switch (c) {
-  case u'"':
-  case u'\\':
-  case u'/':
-    break;
-  case u'b':
-    c = 8;
-    break;
-  case u'f':
-    c = 12;
-    break;
-  case u'n':
-    c = 10;
-    break;
-  case u'r':
-    c = 13;
-    break;
-  case u't':
-    c = 9;
-    break;
-  case u'u': {
-    unsigned v = 0;
-    for (int i = 1; i <= 4; ++i) {
-      int d = hex_value(q[i]); // stops at the NUL behind the text
-      if (d < 0)
-        EscapeError(q);
-      v = v << 4 | static_cast<unsigned>(d);
-    }
-    q += 4;
-    c = static_cast<char16_t>(v);
-    break;
-  }
-  case u'x': {
-    if (Parser.pend - q < 3)
-      raise("Unterminated string");
-    // Deliberately unchecked: a unit that is no hex digit gives its low bits.
-    auto nibble = [](char16_t u) { return static_cast<unsigned>(hex_value(u) >= 0 ? hex_value(u) : u & 15); };
-    c = static_cast<char16_t>(nibble(q[1]) << 4 | nibble(q[2]));
-    q += 2;
-    break;
-  }
-  default:
+  case detail::TJSONEscape::Bad:
     EscapeError(q);
   }
   FBuffer.push_back(c);

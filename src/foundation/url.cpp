@@ -1,4 +1,5 @@
 // URL helpers: HTTPDecode, HtEncodeUrl, CombineUrl.
+#include "foundation/hex_digit.h"
 #include "foundation/url_escapes.h"
 #include "htcore/foundation/convert.h"
 #include "htcore/foundation/startup.h"
@@ -24,16 +25,6 @@ void StartUrlEscapes() {
 } // namespace detail
 
 namespace {
-
-int HexValue(char16_t c) {
-  if (c >= u'0' && c <= u'9')
-    return c - u'0';
-  if (c >= u'a' && c <= u'f')
-    return c - u'a' + 10;
-  if (c >= u'A' && c <= u'F')
-    return c - u'A' + 10;
-  return -1;
-}
 
 void AppendCodePoint(std::u16string& out, uint32_t cp) {
   if (cp < 0x10000) {
@@ -133,7 +124,8 @@ hstring HTTPDecode(const hstring& S) {
   for (size_t i = 0; i < s.size(); ++i) {
     char16_t c = s[i];
     int hi, lo;
-    if (c == u'%' && i + 2 < s.size() && (hi = HexValue(s[i + 1])) >= 0 && (lo = HexValue(s[i + 2])) >= 0) {
+    if (c == u'%' && i + 2 < s.size() && (hi = detail::HexDigitValue(s[i + 1])) >= 0 &&
+        (lo = detail::HexDigitValue(s[i + 2])) >= 0) {
       bytes += static_cast<char>(hi * 16 + lo);
       i += 2;
       continue;
