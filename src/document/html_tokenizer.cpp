@@ -1,12 +1,13 @@
 #include "htcore/document/html_tokenizer.h"
 
+#include "document/html_char_classes.h"
+#include "foundation/code_point.h"
+#include "htcore/document/entities.h"
+#include "htcore/foundation/startup.h"
+
 #include <set>
 #include <string>
 #include <vector>
-
-#include "document/html_char_classes.h"
-#include "htcore/document/entities.h"
-#include "htcore/foundation/startup.h"
 
 namespace ht {
 
@@ -35,25 +36,13 @@ void BuildHtmlCharClasses() {
   in[u'='] = 7;
 }
 
-}  // namespace detail
+} // namespace detail
 
 namespace {
 
 inline int in_tag_class(char16_t c) { return c < 256 ? detail::g_html_char_class[1][c] : 0; }
 
 inline bool is_blank(char16_t c) { return c <= u' '; }
-
-void append_code_point(std::u16string& buf, uint32_t c) {
-  if (c >= 0x110000 || (c >= 0xD800 && c <= 0xDFFF)) {
-    buf += u"  ";
-  } else if (c > 0xFFFF) {
-    c -= 0x10000;
-    buf += static_cast<char16_t>(0xD800 + (c >> 10));
-    buf += static_cast<char16_t>(0xDC00 + (c & 0x3FF));
-  } else {
-    buf += static_cast<char16_t>(c);
-  }
-}
 
 bool equals_ignore_case(const hstring& s, std::u16string_view lower) {
   if (s.size() != lower.size())
@@ -91,7 +80,7 @@ hstring strip_comment_marks(const char16_t* t, size_t len) {
   if (text.find(u"<!--") == std::u16string_view::npos)
     return hstring(t, len);
   const int n = static_cast<int>(len);
-  const int tail = n + 1;  // node k is unit k - 1; 0 is the head
+  const int tail = n + 1; // node k is unit k - 1; 0 is the head
   std::vector<int> nx(static_cast<size_t>(n) + 2), pv(static_cast<size_t>(n) + 2);
   std::vector<bool> alive(static_cast<size_t>(n) + 2, true);
   for (int k = 0; k <= n; ++k) {
@@ -158,7 +147,7 @@ hstring strip_comment_marks(const char16_t* t, size_t len) {
   return hstring(out.data(), out.size());
 }
 
-}  // namespace
+} // namespace
 
 int HtmlCharClass(char16_t c, bool InTag) {
   EnsureStarted();
@@ -172,7 +161,7 @@ const hstring& InternName(THtStringRecDictionary& Dict, const char16_t* p, int L
   THtStringRec* rec = Dict.Get(p, Len);
   if (!rec) {
     rec = new THtStringRec(hstring(p, static_cast<size_t>(Len)));
-    Dict.AddObject(rec);  // the dictionary owns its records
+    Dict.AddObject(rec); // the dictionary owns its records
   }
   return rec->Value;
 }
@@ -329,7 +318,7 @@ uint32_t THTMLTokenizer::Escape() {
       ++sp.p;
       v = sp.ReadHex();
     } else {
-      v = sp.ReadInt();  // so "&#X41;" reads as decimal and gives 0
+      v = sp.ReadInt(); // so "&#X41;" reads as decimal and gives 0
     }
     if (semicolon)
       sp.p = stop + 1;
@@ -368,7 +357,7 @@ void THTMLTokenizer::ReadEncoded(const char16_t* b, char16_t stop) {
   while (sp.p < sp.pend && *sp.p != stop) {
     if (*sp.p == u'&') {
       ++sp.p;
-      append_code_point(FBuffer, Escape());
+      detail::AppendCodePoint(FBuffer, Escape());
       continue;
     }
     const char16_t* r = sp.p;
@@ -400,7 +389,7 @@ void THTMLTokenizer::ReadIdent() {
     } else if (c == u'/') {
       if (sp.p[1] == u'>')
         break;
-      ++sp.p;  // "a/b.html" stays one value
+      ++sp.p; // "a/b.html" stays one value
     } else if (c == 0 || in_tag_class(c) >= 2) {
       break;
     } else {
@@ -446,7 +435,7 @@ void THTMLTokenizer::ReadComment() {
   sp.Skip(4);
   const char16_t* start = sp.p;
   std::u16string_view rest(start, static_cast<size_t>(sp.pend - start));
-  size_t at = rest.find(u"-->");  // so "<!-->" does not close itself
+  size_t at = rest.find(u"-->"); // so "<!-->" does not close itself
   const char16_t* stop = at == std::u16string_view::npos ? sp.pend : start + at + 2;
   const char16_t* e = stop - start >= 2 ? stop - 2 : start;
   Token = hstring(start, static_cast<size_t>(e - start));
@@ -554,4 +543,4 @@ void THTMLTokenizer::InvalidTagName(char16_t c) {
   throw EHtParserError(msg);
 }
 
-}  // namespace ht
+} // namespace ht

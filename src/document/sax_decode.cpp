@@ -4,6 +4,8 @@
 // pieces are widened byte by byte until the first byte above 0x7F, which
 // hands the whole piece to the general decoder of the encoding.
 #include "document/sax_internal.h"
+#include "foundation/code_point.h"
+#include "foundation/hex_digit.h"
 #include "htcore/document/entities.h"
 #include "htcore/foundation/codepage.h"
 
@@ -52,28 +54,6 @@ char16_t* reserve(hstring& s, size_t n) {
   return s.SetLength(n);
 }
 
-void append_code_point(std::u16string& out, uint32_t c) {
-  if (c >= 0x110000 || (c >= 0xD800 && c <= 0xDFFF)) {
-    out += u"  ";
-  } else if (c > 0xFFFF) {
-    c -= 0x10000;
-    out += static_cast<char16_t>(0xD800 + (c >> 10));
-    out += static_cast<char16_t>(0xDC00 + (c & 0x3FF));
-  } else {
-    out += static_cast<char16_t>(c);
-  }
-}
-
-int hex_digit(uint8_t c) {
-  if (c >= '0' && c <= '9')
-    return c - '0';
-  if (c >= 'a' && c <= 'f')
-    return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F')
-    return c - 'A' + 10;
-  return -1;
-}
-
 // With cur behind '&' and end the end of the text or value holding it: the
 // code point of the reference, or '&'. An unknown name is consumed with its
 // ';' and leaves only the '&'; a reference that does not end before the end
@@ -111,7 +91,7 @@ uint32_t escape(const uint8_t*& cur, const uint8_t* end) {
     const uint8_t* r = q + 1;
     if (r < stop && *r == 'x') {
       int d;
-      for (++r; r < stop && (d = hex_digit(*r)) >= 0; ++r)
+      for (++r; r < stop && (d = detail::HexDigitValue(*r)) >= 0; ++r)
         v = std::min<uint64_t>(v * 16 + static_cast<uint64_t>(d), 0x110000);
     } else {
       for (; r < stop && *r >= '0' && *r <= '9' && v <= 429496729; ++r)
@@ -199,7 +179,7 @@ void THtSAXXMLParser::AppendEscaped(const uint8_t* p, const uint8_t* end) {
     }
     AppendBytes(p, static_cast<size_t>(amp - p));
     p = amp + 1;
-    append_code_point(FWork, escape(p, end));
+    detail::AppendCodePoint(FWork, escape(p, end));
   }
 }
 

@@ -10,6 +10,7 @@
 // parses again through the item reader, which also raises the errors.
 #include "document/html_char_classes.h"
 #include "document/xml_reader_internal.h"
+#include "foundation/code_point.h"
 #include "htcore/document/entities.h"
 #include "htcore/document/html_parser.h"
 #include "htcore/foundation/codepage.h"
@@ -119,18 +120,6 @@ bool is_narrow_utf8(const char16_t* p) {
     if (last)
       return seen;
     buf.erase(0, i);
-  }
-}
-
-void append_code_point(std::u16string& buf, uint32_t c) {
-  if (c >= 0x110000 || (c >= 0xD800 && c <= 0xDFFF)) {
-    buf += u"  ";
-  } else if (c > 0xFFFF) {
-    c -= 0x10000;
-    buf += static_cast<char16_t>(0xD800 + (c >> 10));
-    buf += static_cast<char16_t>(0xDC00 + (c & 0x3FF));
-  } else {
-    buf += static_cast<char16_t>(c);
   }
 }
 
@@ -278,7 +267,7 @@ void TReader::ReadEncoded(char16_t stop) {
   while (p < end && *p != stop) {
     if (*p == u'&') {
       ++p;
-      append_code_point(FBuffer, Escape());
+      detail::AppendCodePoint(FBuffer, Escape());
       continue;
     }
     const char16_t* r = p;
@@ -707,8 +696,8 @@ void TReader::Walk(THtXMLNode*& cur) {
     case ikCustom:
     case ikDirective: {
       THtXMLNode* child = NewChild(cur, -1);
-      child->TagType = FKind == ikComment ? htComment
-                       : FKind == ikCData ? htCData
+      child->TagType = FKind == ikComment  ? htComment
+                       : FKind == ikCData  ? htCData
                        : FKind == ikCustom ? htCustom
                                            : htDirective;
       child->FContent = hstring(FValue);
