@@ -1,12 +1,13 @@
 #include "htcore/document/html_parser.h"
 
+#include "document/utf8_check.h"
+#include "htcore/document/html_node.h"
+#include "htcore/foundation/codepage.h"
+#include "htcore/foundation/text_utils.h"
+
 #include <cstring>
 #include <fstream>
 #include <string>
-
-#include "htcore/foundation/codepage.h"
-#include "htcore/foundation/text_utils.h"
-#include "htcore/document/html_node.h"
 
 namespace ht {
 
@@ -29,7 +30,9 @@ bool equals_ignore_case(std::u16string_view s, std::u16string_view lower) {
   return true;
 }
 
-bool contains(std::u16string_view s, std::u16string_view sub) { return s.find(sub) != std::u16string_view::npos; }
+bool contains(std::u16string_view s, std::u16string_view sub) {
+  return s.find(sub) != std::u16string_view::npos;
+}
 
 // First occurrence of `lower` at or behind p, ignoring ASCII case; null if none.
 const char16_t* find_ignore_case(const char16_t* p, const char16_t* end, std::u16string_view lower) {
@@ -67,7 +70,7 @@ void recode_root(THtmlNode* root, THtmlEncoding enc, uint32_t cp) {
     root->ChangeEncoding(enc, cp);
 }
 
-}  // namespace
+} // namespace
 
 THtmlParser::THtmlParser(const hstring& s, bool AXMLMode)
     : Tokenizer(s, AXMLMode), FXMLMode(AXMLMode), FCaseSensitive(AXMLMode) {
@@ -256,7 +259,7 @@ void THtmlParser::ReadAttribute() {
     T.NextToken(false);
   }
   if (T.Eof || (T.TokenType != htIdent && T.TokenType != htString))
-    return;  // no value: the attribute is dropped
+    return; // no value: the attribute is dropped
   FAttrvalue += T.Token;
   if (T.TokenType == htIdent) {
     // Unquoted: "a=b=c/d" has the value "b=c/d".
@@ -311,8 +314,8 @@ void THtmlParser::ApplyMetaCharset() {
   if (cp == 0 || Encoding != heDefault)
     return;
   TStringParser& sp = Tokenizer.Parser;
-  RawByteString bytes =
-      HtUnicodeToCodePage(std::u16string_view(sp.p, static_cast<size_t>(sp.pend - sp.p)), HtGetSystemCodePage());
+  RawByteString bytes = HtUnicodeToCodePage(std::u16string_view(sp.p, static_cast<size_t>(sp.pend - sp.p)),
+                                            HtGetSystemCodePage());
   hstring text = HtCodePageToUnicode(bytes.view(), cp);
   if (!text.empty())
     sp.Init(text);
@@ -328,8 +331,8 @@ void THtmlParser::ChangeEncoding(THtmlEncoding NewEncoding, uint32_t /*NewCodePa
   // A head holds little that would tell: test from "</head>" on when there is one.
   const char16_t* test = find_ignore_case(sp.p, sp.pend, u"</head>");
   if (IsUTF8(test ? test : sp.p)) {
-    RawByteString bytes =
-        HtUnicodeToCodePage(std::u16string_view(sp.p, static_cast<size_t>(sp.pend - sp.p)), HtGetSystemCodePage());
+    RawByteString bytes = HtUnicodeToCodePage(std::u16string_view(sp.p, static_cast<size_t>(sp.pend - sp.p)),
+                                              HtGetSystemCodePage());
     sp.Init(Utf8ToHString(bytes.view()));
     recode_root(Root, heUTF8, 0);
   }
@@ -397,8 +400,8 @@ THtmlEncoding THtmlParser::GetFileEncoding(const hstring& AFileName, uint32_t& A
   size_t e = at;
   while (e < n && lower[e] != 0 && lower[e] != '"' && lower[e] != '>')
     ++e;
-  ACodePage = static_cast<uint32_t>(
-      CharsettoCodepage(HtCodePageToUnicode(std::string_view(lower.data() + at, e - at), HtGetSystemCodePage())));
+  ACodePage = static_cast<uint32_t>(CharsettoCodepage(
+      HtCodePageToUnicode(std::string_view(lower.data() + at, e - at), HtGetSystemCodePage())));
   return heDefault;
 }
 
@@ -440,37 +443,23 @@ int GetHTMLEncoding(const void* p, int Len) {
 
 bool IsUTF8Bytes(const void* p, int Len) {
   const auto* b = static_cast<const uint8_t*>(p);
+  size_t n = Len > 0 ? static_cast<size_t>(Len) : 0;
   bool seen = false;
-  auto cont = [&](int i, uint8_t lo, uint8_t hi) { return i < Len && b[i] >= lo && b[i] <= hi; };
-  for (int i = 0; i < Len;) {
-    uint8_t c = b[i];
-    if (c < 0x80) {
+  for (size_t i = 0; i < n;) {
+    if (b[i] < 0x80) {
       ++i;
       continue;
     }
-    int need;
-    uint8_t lo = 0x80, hi = 0xBF;
-    if (c == 0xC0 || c == 0xC1)
+    switch (detail::Utf8CheckStep(b, n, i)) {
+    case detail::TUtf8Step::Ok:
+      seen = true;
+      break;
+    case detail::TUtf8Step::Bad:
       return false;
-    if (c >= 0xC2 && c <= 0xDF) {
-      need = 1;
-    } else if (c == 0xE0) {
-      need = 2;
-      lo = 0xA0;
-    } else if (c == 0xED) {
-      need = 2;
-      hi = 0x9F;
-    } else if ((c >= 0xE1 && c <= 0xEC) || c == 0xEE || c == 0xEF) {
-      need = 2;
-    } else {
-      return seen;  // stray continuation bytes and four-byte forms end the scan
+    case detail::TUtf8Step::Stop: // stray continuation bytes and four-byte forms end the scan
+    case detail::TUtf8Step::Cut:  // cut at the end of the sample: judge what came before
+      return seen;
     }
-    if (i + need >= Len)
-      return seen;  // cut at the end of the sample: judge what came before
-    if (!cont(i + 1, lo, hi) || (need == 2 && !cont(i + 2, 0x80, 0xBF)))
-      return false;
-    seen = true;
-    i += need + 1;
   }
   return seen;
 }
@@ -483,4 +472,4 @@ bool IsUTF8(const char16_t* p) {
   return IsUTF8Bytes(bytes.c_str(), bytes.Length());
 }
 
-}  // namespace ht
+} // namespace ht

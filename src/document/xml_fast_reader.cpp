@@ -9,6 +9,7 @@
 // charset meta tags, unknown numeric references) it gives up and SetXML
 // parses again through the item reader, which also raises the errors.
 #include "document/html_char_classes.h"
+#include "document/utf8_check.h"
 #include "document/xml_reader_internal.h"
 #include "foundation/code_point.h"
 #include "htcore/document/entities.h"
@@ -83,39 +84,26 @@ bool is_narrow_utf8(const char16_t* p) {
     bool last = p >= e;
     const auto* b = reinterpret_cast<const uint8_t*>(buf.data());
     size_t n = buf.size(), i = 0;
-    auto cont = [&](size_t k, uint8_t lo, uint8_t hi) { return k < n && b[k] >= lo && b[k] <= hi; };
-    while (i < n) {
-      uint8_t c = b[i];
-      if (c < 0x80) {
+    bool cut = false;
+    while (i < n && !cut) {
+      if (b[i] < 0x80) {
         ++i;
         continue;
       }
-      size_t need;
-      uint8_t lo = 0x80, hi = 0xBF;
-      if (c == 0xC0 || c == 0xC1)
+      switch (Utf8CheckStep(b, n, i)) {
+      case TUtf8Step::Ok:
+        seen = true;
+        break;
+      case TUtf8Step::Bad:
         return false;
-      if (c >= 0xC2 && c <= 0xDF) {
-        need = 1;
-      } else if (c == 0xE0) {
-        need = 2;
-        lo = 0xA0;
-      } else if (c == 0xED) {
-        need = 2;
-        hi = 0x9F;
-      } else if ((c >= 0xE1 && c <= 0xEC) || c == 0xEE || c == 0xEF) {
-        need = 2;
-      } else {
+      case TUtf8Step::Stop:
         return seen;
-      }
-      if (i + need >= n) {
+      case TUtf8Step::Cut:
         if (last)
           return seen;
-        break; // the sequence goes on in the next slice
+        cut = true; // the sequence goes on in the next slice
+        break;
       }
-      if (!cont(i + 1, lo, hi) || (need == 2 && !cont(i + 2, 0x80, 0xBF)))
-        return false;
-      seen = true;
-      i += need + 1;
     }
     if (last)
       return seen;
