@@ -162,6 +162,20 @@ template <class Out> void put_end_tag(Out& o, const THtNode* n) {
   o.Char(u'>');
 }
 
+// Writes the start tag, or the whole element when it has neither children
+// nor content; true when content and an end tag are to follow.
+template <class Out> bool put_start_tag(Out& o, const THtNode* n) {
+  o.Char(u'<');
+  o.Add(n->FTag);
+  put_attributes(o, n->FAttributes);
+  if (!n->FirstChild() && n->FContent.empty()) {
+    o.Ascii("/>");
+    return false;
+  }
+  o.Char(u'>');
+  return true;
+}
+
 template <class Out> void write_code(Out& o, const THtNode* top) {
   detail::WalkSubtree(
       top,
@@ -172,14 +186,8 @@ template <class Out> void write_code(Out& o, const THtNode* top) {
           put_text(o, n->FContent);
           return false;
         }
-        o.Char(u'<');
-        o.Add(n->FTag);
-        put_attributes(o, n->FAttributes);
-        if (!n->FirstChild() && n->FContent.empty()) {
-          o.Ascii("/>");
+        if (!put_start_tag(o, n))
           return false;
-        }
-        o.Char(u'>');
         put_text(o, n->FContent);
         return true;
       },
@@ -216,14 +224,8 @@ template <class Out> void write_formatted(Out& o, const THtNode* top, int level)
           put_text(o, n->FContent);
           return false;
         }
-        o.Char(u'<');
-        o.Add(n->FTag);
-        put_attributes(o, n->FAttributes);
-        if (!n->FirstChild() && n->FContent.empty()) {
-          o.Ascii("/>");
+        if (!put_start_tag(o, n))
           return false;
-        }
-        o.Char(u'>');
         if (!is_blank(n->FContent))
           put_text(o, n->FContent);
         ++level;
