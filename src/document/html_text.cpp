@@ -7,20 +7,12 @@
 #include "htcore/foundation/fast_string.h"
 #include "htcore/foundation/text_utils.h"
 
-#include <typeinfo>
-
 namespace ht {
 
 using detail::TWriterTag;
 using detail::WriterTag;
 
 namespace {
-
-inline THtmlNode* as_html(THtNode* n) {
-  if (typeid(*n) == typeid(THtmlNode))
-    return static_cast<THtmlNode*>(n);
-  return dynamic_cast<THtmlNode*>(n);
-}
 
 // Script, style, comments, directives and CData carry no readable text.
 inline bool is_block_kind(const THtNode* n) { return n->TagType >= htScript && n->TagType <= htCData; }
@@ -30,7 +22,7 @@ void dump_text(TFastString& FS, THtNode* n);
 void dump_children(TFastString& FS, THtNode* n) {
   for (THtNode* c = n->FirstChild(); c; c = c->FNextSibling) {
     detail::RecurseDeep([&] {
-      if (THtmlNode* h = as_html(c))
+      if (THtmlNode* h = detail::AsHtmlNode(c))
         h->FastInnerText(FS);
       else
         dump_text(FS, c);
@@ -116,7 +108,7 @@ hstring inner_text(THtNode* n) {
 hstring child_text(THtNode* c) {
   hstring text;
   detail::RecurseDeep([&] {
-    if (THtmlNode* h = as_html(c))
+    if (THtmlNode* h = detail::AsHtmlNode(c))
       text = h->GetInnerText();
     else
       text = inner_text(c);
@@ -129,7 +121,7 @@ hstring raw_text(THtNode* n);
 hstring raw_child_text(THtNode* c) {
   hstring text;
   detail::RecurseDeep([&] {
-    if (THtmlNode* h = as_html(c))
+    if (THtmlNode* h = detail::AsHtmlNode(c))
       text = h->GetRawInnerText();
     else
       text = raw_text(c);

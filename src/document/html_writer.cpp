@@ -8,22 +8,12 @@
 #include "htcore/foundation/fast_string.h"
 #include "htcore/foundation/text_utils.h"
 
-#include <typeinfo>
-
 namespace ht {
 
 using detail::TWriterTag;
 using detail::WriterTag;
 
 namespace {
-
-// Children of an HTML tree are THtmlNode almost always; the exact-type test
-// spares most of them the cost of a dynamic_cast.
-inline THtmlNode* as_html(THtNode* n) {
-  if (typeid(*n) == typeid(THtmlNode))
-    return static_cast<THtmlNode*>(n);
-  return dynamic_cast<THtmlNode*>(n);
-}
 
 inline bool has_attributes(const THtNode* n) { return n->FAttributes && n->FAttributes->Count > 0; }
 inline bool has_children(const THtNode* n) { return n->FNodes && n->FNodes->GetCount() > 0; }
@@ -105,7 +95,7 @@ void write_html(TFastString& FS, THtNode* n);
 void write_html_children(TFastString& FS, THtNode* n) {
   for (THtNode* c = n->FirstChild(); c; c = c->FNextSibling) {
     detail::RecurseDeep([&] {
-      if (THtmlNode* h = as_html(c))
+      if (THtmlNode* h = detail::AsHtmlNode(c))
         h->FastInnerHTML(FS);
       else
         write_html(FS, c);
@@ -172,7 +162,7 @@ void write_formatted(TFastString& FS, THtNode* n, int Level, int Spaces, bool& A
 void write_formatted_children(TFastString& FS, THtNode* n, int Level, int Spaces, bool& AfterBlock) {
   for (THtNode* c = n->FirstChild(); c; c = c->FNextSibling) {
     detail::RecurseDeep([&] {
-      if (THtmlNode* h = as_html(c))
+      if (THtmlNode* h = detail::AsHtmlNode(c))
         h->FastFormattedHTML(FS, Level, Spaces, AfterBlock);
       else
         write_formatted(FS, c, Level, Spaces, AfterBlock);

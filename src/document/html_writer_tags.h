@@ -2,10 +2,12 @@
 // node's tag hash.
 #pragma once
 
+#include "htcore/document/html_node.h"
 #include "htcore/document/node.h"
 
 #include <cstdint>
 #include <string_view>
+#include <typeinfo>
 
 namespace ht::detail {
 
@@ -46,6 +48,14 @@ inline TWriterTag WriterTag(const THtNode* n) noexcept {
   if (n->FTag.empty())
     return {};
   return WriterTag(n->FTag.view(), static_cast<uint32_t>(n->FTagHash));
+}
+
+// Children of an HTML tree are THtmlNode almost always; the exact-type test
+// spares most of them the cost of a dynamic_cast.
+inline THtmlNode* AsHtmlNode(THtNode* n) {
+  if (typeid(*n) == typeid(THtmlNode))
+    return static_cast<THtmlNode*>(n);
+  return dynamic_cast<THtmlNode*>(n);
 }
 
 } // namespace ht::detail
