@@ -23,7 +23,7 @@ const TUnit kUnits[] = {
     {"htutils", StartHtUtils, StopHtUtils},
     {"htdictionary", StartHtDictionary, StopHtDictionary},
     {"htmlpars", StartHtmlPars, StopHtmlPars},
-    {"htmlcss", nullptr, nullptr},
+    {"htmlcss", StartHtmlCss, StopHtmlCss},
     {"htmlani", nullptr, nullptr},
     {"htxml", nullptr, nullptr},
     {"htcanvas", nullptr, nullptr},

@@ -17,6 +17,10 @@ void StopHtDictionary();
 void StartHtmlPars();
 void StopHtmlPars();
 
+// htmlcss: the CSS property table.
+void StartHtmlCss();
+void StopHtmlCss();
+
 // httemplates: the built-in template functions.
 void StartHtTemplates();
 void StopHtTemplates();

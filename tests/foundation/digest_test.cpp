@@ -11,12 +11,9 @@
 #include "htcore/foundation/md5.h"
 #include "htcore/foundation/rc4.h"
 
-using namespace ht;
+#include "foundation/crc32_internal.h"  // the table path alone
 
-// The table path alone (crc32.cpp), to compare with the carry-less multiply path.
-namespace ht::detail {
-uint32_t UpdateCRC32Table(uint32_t crc, const uint8_t* p, size_t n) noexcept;
-}
+using namespace ht;
 
 namespace {
 
