@@ -1,0 +1,184 @@
+#include "htcore/style/css_style_set.h"
+
+#include "htcore/foundation/fast_string.h"
+#include "htcore/foundation/text_utils.h"
+#include "htcore/style/css_tokenizer.h"
+#include "htcore/style/measure.h"
+
+#include <algorithm>
+
+namespace ht {
+
+namespace {
+
+// Names are CSS names: trimmed and ASCII lower case, so that "Color" and
+// "color" are one entry.
+hstring NormName(const hstring& Name) {
+  hstring n = Trim(Name);
+  for (char16_t c : n.view())
+    if (c >= u'A' && c <= u'Z')
+      return LowerCase(n.view());
+  return n;
+}
+
+} // namespace
+
+bool TCSSStyleSet::Find(const hstring& Name, int& Index) const {
+  auto it =
+      std::lower_bound(Items.begin(), Items.end(), Name.view(),
+                       [](const TCSSStyleSetRec& r, std::u16string_view n) { return r.Name.view() < n; });
+  Index = static_cast<int>(it - Items.begin());
+  return it != Items.end() && it->Name.view() == Name.view();
+}
+
+hstring TCSSStyleSet::GetValue(const hstring& Name) const {
+  int i;
+  return Find(NormName(Name), i) ? Items[static_cast<size_t>(i)].Value : hstring();
+}
+
+void TCSSStyleSet::SetValue(const hstring& Name, const hstring& Value) {
+  if (Value.empty())
+    Delete(Name);
+  else
+    AddValue(Name, Value);
+}
+
+bool TCSSStyleSet::HasProperty(const hstring& Name) const {
+  int i;
+  return Find(NormName(Name), i);
+}
+
+bool TCSSStyleSet::CheckValue(const hstring& Name, const hstring& Value) const {
+  int i;
+  return Find(NormName(Name), i) && Items[static_cast<size_t>(i)].Value == Value;
+}
+
+void TCSSStyleSet::Delete(const hstring& Name) {
+  int i;
+  if (Find(NormName(Name), i))
+    Delete(i);
+}
+
+void TCSSStyleSet::Delete(int Index) {
+  if (Index >= 0 && Index < Count())
+    Items.erase(Items.begin() + Index);
+}
+
+void TCSSStyleSet::AddValue(const hstring& Name, const hstring& Value) {
+  hstring n = NormName(Name);
+  if (n.empty())
+    return;
+  int i;
+  if (Find(n, i))
+    Items[static_cast<size_t>(i)].Value = Value;
+  else
+    Items.insert(Items.begin() + i, TCSSStyleSetRec{n, Value});
+}
+
+void TCSSStyleSet::AddString(const hstring& Text) {
+  const char16_t* p = Text.c_str();
+  const char16_t* const end = p + Text.size();
+  while (p < end) {
+    const char16_t* name = p;
+    while (p < end && *p != u':' && *p != u';')
+      ++p;
+    if (p == end || *p == u';') { // a name without a value is dropped
+      if (p < end)
+        ++p;
+      continue;
+    }
+    hstring n(name, static_cast<size_t>(p - name));
+    const char16_t* value = ++p;
+    char16_t quote = 0;
+    int depth = 0; // a ";" inside url(...) or quotes belongs to the value
+    for (; p < end; ++p) {
+      const char16_t c = *p;
+      if (quote) {
+        if (c == quote)
+          quote = 0;
+        else if (c == u'\\' && p + 1 < end)
+          ++p;
+      } else if (c == u'"' || c == u'\'') {
+        quote = c;
+      } else if (c == u'(') {
+        ++depth;
+      } else if (c == u')') {
+        if (depth > 0)
+          --depth;
+      } else if (c == u';' && depth == 0) {
+        break;
+      }
+    }
+    hstring v = Trim(hstring(value, static_cast<size_t>(p - value)));
+    if (p < end)
+      ++p;
+    if (!v.empty())
+      AddValue(n, v);
+  }
+}
+
+void TCSSStyleSet::AddInherited(const TCSSStyleSet& Other) {
+  for (const TCSSStyleSetRec& r : Other.Items) {
+    int i;
+    if (!Find(r.Name, i))
+      Items.insert(Items.begin() + i, r);
+  }
+}
+
+void TCSSStyleSet::AddOverride(const TCSSStyleSet& Other) {
+  for (const TCSSStyleSetRec& r : Other.Items) {
+    int i;
+    if (Find(r.Name, i))
+      Items[static_cast<size_t>(i)].Value = r.Value;
+    else
+      Items.insert(Items.begin() + i, r);
+  }
+}
+
+void TCSSStyleSet::IntersectWith(const TCSSStyleSet& Other) {
+  std::erase_if(Items, [&](const TCSSStyleSetRec& r) {
+    int i;
+    return Other.Find(r.Name, i) && Other.Items[static_cast<size_t>(i)].Value == r.Value;
+  });
+}
+
+hstring TCSSStyleSet::GetAsString() const {
+  TFastString fs(256);
+  for (const TCSSStyleSetRec& r : Items)
+    fs.Add(r.Name).AddChar(u':').Add(r.Value).AddChar(u';');
+  return fs.ToString();
+}
+
+void TCSSStyleSet::SetAsString(const hstring& Text) {
+  Clear();
+  AddString(Text);
+}
+
+hstring TCSSStyleSet::AsStyleAttr() const {
+  TFastString fs(256);
+  for (size_t i = 0; i < Items.size(); ++i) {
+    if (i)
+      fs.Add(u"; ");
+    fs.Add(Items[i].Name).Add(u": ").Add(Items[i].Value);
+  }
+  return fs.ToString();
+}
+
+float TCSSStyleSet::GetPixels(const hstring& Name) const {
+  hstring v = GetValue(Name);
+  if (v.empty())
+    return 0;
+  TCSSTokens all = CSSTokenize(v);
+  TCSSTokens tokens;
+  for (TCSSToken& t : all)
+    if (t.CType != ctSpace && t.CType != ctComment)
+      tokens.push_back(std::move(t));
+  TCSSTokenSequence seq;
+  seq.Init(&tokens);
+  TMeasure m;
+  m.Init(nullptr);
+  m.Decode(seq);
+  return m.GetFPixels();
+}
+
+} // namespace ht
