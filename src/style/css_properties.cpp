@@ -44,15 +44,40 @@ TCSSPropRec* TCSSPropRec::Add(const hstring& SubName) {
 TCSSPropRec* TCSSPropRec::SetEnumInfo(const hstring& Prefix, PTypeInfo Info) {
   EnumPrefix = Prefix;
   EnumInfo = Info;
+  FKeywords.clear();
+  for (int i = 0; Info && i < Info->Count(); ++i) {
+    hstring member = Info->NameOf(i);
+    std::u16string keyword;
+    if (member.size() >= Prefix.size() && SameText(member.view().substr(0, Prefix.size()), Prefix.view()))
+      for (char16_t c : member.view().substr(Prefix.size()))
+        keyword += CharLower(c);
+    FKeywords.push_back(std::move(keyword));
+  }
   return this;
 }
 
+// The same answer as IsEnum2(EnumPrefix, Text, EnumInfo, Value), which the
+// sheet parser asks for every keyword value.
 bool TCSSPropRec::IsKeyword(std::u16string_view Text, int& Value) const {
-  if (!EnumInfo) {
-    Value = -1;
-    return false;
+  Value = -1;
+  char16_t buf[40];
+  size_t n = 0;
+  for (char16_t c : Text) {
+    if (c == u'-')
+      continue;
+    if (n == std::size(buf))
+      return false;
+    buf[n++] = CharLower(c);
   }
-  return IsEnum2(EnumPrefix.view(), Text, EnumInfo, Value);
+  if (n == 0)
+    return false;
+  const std::u16string_view key(buf, n);
+  for (size_t i = 0; i < FKeywords.size(); ++i)
+    if (FKeywords[i] == key) {
+      Value = static_cast<int>(i);
+      return true;
+    }
+  return false;
 }
 
 const TCSSPropRec* TCSSPropDictionary::FindOrUnknown(std::u16string_view Name) const {

@@ -1,4 +1,5 @@
 #include "htcore/foundation/startup.h"
+#include "htcore/foundation/text_utils.h"
 #include "htcore/style/css_properties.h"
 
 #include <gtest/gtest.h>
@@ -192,6 +193,29 @@ TEST(CSSPropTable, KeywordsByPrefixWithoutHyphensIgnoringCase) {
     EXPECT_EQ(ok, c.expected >= 0) << Row(c.prop)->Name.toUtf8() << " " << hstring(c.keyword).toUtf8();
     EXPECT_EQ(v, c.expected) << Row(c.prop)->Name.toUtf8() << " " << hstring(c.keyword).toUtf8();
   }
+}
+
+TEST(CSSPropTable, KeywordLookupAgreesWithIsEnum2) {
+  int checked = 0;
+  CSSPropDictionary().ForEach([&](TCSSPropRec* r) {
+    if (!r->EnumInfo)
+      return;
+    for (int i = 0; i < r->EnumInfo->Count(); ++i) {
+      std::u16string bare(r->EnumInfo->NameOf(i).view().substr(r->EnumPrefix.size()));
+      for (std::u16string text :
+           {bare, u"-" + bare + u"-", bare + u"x", bare.substr(1), std::u16string(u"Z") + bare}) {
+        for (char16_t& c : text)
+          if (c >= u'a' && c <= u'z' && (checked & 1))
+            c = static_cast<char16_t>(c - 32);
+        int expected, got;
+        bool e = IsEnum2(r->EnumPrefix.view(), text, r->EnumInfo, expected);
+        EXPECT_EQ(r->IsKeyword(text, got), e) << r->Name.toUtf8() << " " << hstring(text).toUtf8();
+        EXPECT_EQ(got, expected);
+        ++checked;
+      }
+    }
+  });
+  EXPECT_GT(checked, 1000);
 }
 
 TEST(CSSPropTable, AppliedSetHoldsTheSvgMembersAndTheOwnRoutines) {

@@ -160,6 +160,11 @@ public:
   // The ordinal of a keyword of this row's enumeration (prefix + text without
   // hyphens, case ignored); false and -1 without a hit or an enumeration.
   bool IsKeyword(std::u16string_view Text, int& Value) const;
+
+private:
+  // The members' names without the prefix, in lower case, by ordinal (empty
+  // for a member that lacks the prefix): IsKeyword without allocation.
+  std::vector<std::u16string> FKeywords;
 };
 
 // Name to row; owning. Hosts may add rows (the SVG presentation properties)
