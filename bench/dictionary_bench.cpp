@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <atomic>
 #include <benchmark/benchmark.h>
+#include "rate_reporter.h"
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -271,33 +272,16 @@ BENCHMARK(BM_StdStringFindFromSlice)->Arg(10000)->Arg(1000000);
 BENCHMARK(BM_HtIdGet)->Arg(10000)->Arg(1000000);
 BENCHMARK(BM_StdIdFind)->Arg(10000)->Arg(1000000);
 
-// Keeps items/s per benchmark name for the summary.
-class TSummaryReporter : public benchmark::ConsoleReporter {
-public:
-  std::map<std::string, double> rates;
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const auto& r : runs) {
-      auto it = r.counters.find("items_per_second");
-      if (it != r.counters.end())
-        rates[r.benchmark_name()] = it->second;
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-};
-
 } // namespace
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv))
     return 1;
-  TSummaryReporter reporter;
+  bench::TRateReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   benchmark::Shutdown();
-  auto rate = [&](const std::string& name) {
-    auto it = reporter.rates.find(name);
-    return it == reporter.rates.end() ? 0.0 : it->second;
-  };
+  auto rate = [&](const std::string& name) { return reporter.Rate(name); };
   std::printf("\n%-34s %14s %14s %8s\n", "lookup (all hits)", "htcore Mops/s", "std Mops/s", "ratio");
   for (const char* n : {"10000", "1000000"}) {
     const std::string arg = std::string("/") + n;
