@@ -295,8 +295,39 @@ uint32_t TCSSValue::Hash() const {
   return h;
 }
 
+namespace {
+
+void decode_length(TCSSValue& V, TCSSSection* Section) {
+  TCSSTokenSequence seq;
+  PCSSTokens toks = &V.Tokens;
+  if (V.Tokens[0].CType == ctFunction && V.Tokens[0].Name == u"calc" && Section) {
+    auto calc = std::make_unique<TCSSCalcValueObject>();
+    calc->Tokens = V.Tokens;
+    toks = &calc->Tokens;
+    Section->FCalcValues.push_back(std::move(calc));
+  }
+  seq.Init(toks);
+  TMeasure2& m = V.Measure;
+  m.Value1.Init(nullptr);
+  m.Value2.Init(nullptr);
+  m.Value1.Decode(seq);
+  const TCSSToken& first = V.Tokens[0];
+  if (first.CType == ctNumber && V.Name == u"line-height")
+    m.Value1.FMUnit = muNone;
+  else if (first.CType == ctIdent && V.Name == u"font-size" && SameText(first.Name, u"medium"))
+    m.Value1.FMUnit = muPX, m.Value1.FValue = 18, m.Value1.Flags = {mfNotAuto};
+  size_t next = first.CType == ctFunction ? past_function(*toks, 0) : 1;
+  if (next + 1 < toks->size() && (*toks)[next].CType == ctSlash) {
+    seq.Next(static_cast<int>(next + 1));
+    m.Value2.Decode(seq);
+  } else {
+    m.Value2.Flags = {mfInitial};
+  }
+}
+
+} // namespace
+
 bool TCSSParser::PrepareValue(TCSSValue& V, TCSSSection* Section) {
-  (void)Section;
   if (V.Name.empty())
     V.Name = V.NameToken.Name;
   hLower(V.Name);
@@ -363,6 +394,9 @@ bool TCSSParser::PrepareValue(TCSSValue& V, TCSSSection* Section) {
       return V.Prop->Prop == cspFontWeight;
     }
     first.Color = 0;
+    return true;
+  case cptLength:
+    decode_length(V, Section);
     return true;
   default:
     return true;

@@ -142,6 +142,8 @@ void TCSSSection::AddValue(const hstring& Name, const hstring& Value) {
   TCSSParser p(Name + u":" + Value + u";", true);
   p.Section = std::make_unique<TCSSSection>();
   p.ReadSectionValues();
+  for (auto& c : p.Section->FCalcValues)
+    FCalcValues.push_back(std::move(c));
   for (TCSSValue& v : p.Section->Values) {
     v.Section = this;
     std::erase_if(Values, [&](const TCSSValue& o) { return o.Name == v.Name; });

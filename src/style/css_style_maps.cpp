@@ -62,12 +62,16 @@ void TCSSSelectors::DistinctAdd(TCSSSelector* S) {
     for (size_t j = 0; j < from->Values.size(); ++j)
       if (SameText(from->Values[j].Name, old.Name)) {
         old.Tokens = std::move(from->Values[j].Tokens);
+        old.Measure = from->Values[j].Measure;
         old.Important = from->Values[j].Important;
         old.IsInherit = from->Values[j].IsInherit;
         from->Values.erase(from->Values.begin() + static_cast<std::ptrdiff_t>(j));
         break;
       }
   }
+  for (auto& c : from->FCalcValues)
+    to->FCalcValues.push_back(std::move(c));
+  from->FCalcValues.clear();
   for (TCSSValue& v : from->Values) {
     v.Section = to;
     to->Values.push_back(std::move(v));

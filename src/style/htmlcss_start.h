@@ -7,4 +7,8 @@ void BuildCSSPropDictionary();
 
 void FreeCSSPropDictionary();
 
+// The quirks sheet is built at start; the user-agent sheet on first use.
+void BuildDefaultSheets();
+void FreeDefaultSheets();
+
 } // namespace ht::detail

@@ -5,8 +5,14 @@
 
 namespace ht::detail {
 
-void StartHtmlCss() { BuildCSSPropDictionary(); }
+void StartHtmlCss() {
+  BuildCSSPropDictionary();
+  BuildDefaultSheets();
+}
 
-void StopHtmlCss() { FreeCSSPropDictionary(); }
+void StopHtmlCss() {
+  FreeDefaultSheets();
+  FreeCSSPropDictionary();
+}
 
 } // namespace ht::detail

@@ -327,3 +327,52 @@ TEST(CSSSheet, HostileSheetsStayLinear) {
   s.Parse(hstring(group.data(), group.size()));
   EXPECT_EQ(s.fSections[0]->Selectors.Count(), 100001);
 }
+
+TEST(CSSSheet, LengthsAreDecodedOnce) {
+  TCSSStyleSheet s;
+  s.Parse(u"a { width: 12px; line-height: 1.5; font-size: medium; border-radius: 1px / 2px; "
+          u"height: calc(100% - 10px); margin: auto }"_hs);
+  TCSSSection& sec = *s.fSections[0];
+  const TMeasure2& w = sec.CompiledValuebyName(u"width"_hs)->Measure;
+  EXPECT_FLOAT_EQ(w.Value1.FValue, 12);
+  EXPECT_EQ(w.Value1.FMUnit, muPX);
+  EXPECT_EQ(w.Value2.Flags.Bits, TMeasureFlags{mfInitial}.Bits);
+  EXPECT_EQ(sec.CompiledValuebyName(u"line-height"_hs)->Measure.Value1.FMUnit, muNone);
+  const TMeasure& fs = sec.CompiledValuebyName(u"font-size"_hs)->Measure.Value1;
+  EXPECT_FLOAT_EQ(fs.FValue, 18);
+  EXPECT_EQ(fs.FMUnit, muPX);
+  const TMeasure2& r = sec.CompiledValuebyName(u"border-radius"_hs)->Measure;
+  EXPECT_FLOAT_EQ(r.Value2.FValue, 2);
+  TMeasure h = sec.CompiledValuebyName(u"height"_hs)->Measure.Value1;
+  ASSERT_TRUE(h.Calc);
+  float base = 200;
+  h.Parent = &base;
+  EXPECT_FLOAT_EQ(h.GetFPixels(), 190);
+  EXPECT_TRUE(sec.CompiledValuebyName(u"margin-left"_hs)->Measure.Value1.GetAuto());
+}
+
+TEST(CSSSheet, DefaultSheets) {
+  TCSSStyleSheet* ua = HTML4StyleSheet();
+  ASSERT_EQ(ua, HTML4StyleSheet());
+  ASSERT_GT(ua->fSections.size(), 80u);
+  int order = 0;
+  for (const auto& sec : ua->fSections)
+    for (const TCSSSelector* sel : sec->Selectors) {
+      EXPECT_EQ(sel->Weight, 0u);
+      EXPECT_GT(sel->Order, order);  // source order
+      order = sel->Order;
+    }
+  TCSSSelectors* li = ua->Main.Tags->Get(u"li"_hs);
+  ASSERT_TRUE(li);
+  EXPECT_TRUE(li->GetSelector(0)->Section->CompiledValuebyName(u"display"_hs));
+  EXPECT_TRUE(ua->Main.Tags->Get(u"_body"_hs));
+  EXPECT_TRUE(ua->Before->Tags->Get(u"summary"_hs));
+
+  TCSSStyleSheet* q = HTML4QuirkStyleSheet();
+  TCSSSelectors* table = q->Main.Tags->Get(u"table"_hs);
+  ASSERT_TRUE(table);
+  TCSSValue* pad = table->GetSelector(0)->Section->ValuebyName(u"padding"_hs);
+  ASSERT_TRUE(pad);
+  EXPECT_TRUE(pad->Important);
+  EXPECT_GT(table->GetSelector(0)->Order, 100);
+}

@@ -25,6 +25,7 @@
 #include "htcore/style/css_selector.h"
 #include "htcore/style/css_style_maps.h"
 #include "htcore/style/css_tokenizer.h"
+#include "htcore/style/measure.h"
 
 #include <cstdint>
 #include <map>
@@ -62,6 +63,7 @@ struct TCSSValue {
   bool Vendor = false;     // the name begins with '-'
   bool IsInherit = false;  // the first token is "inherit"
   TCSSApplyKind Apply = cakNone;
+  TMeasure2 Measure;  // cptLength: the decoded first and second measure
   TCSSSection* Section = nullptr;
 
   // XOR of the CRC-32 of each token's text.
@@ -92,7 +94,7 @@ class TCSSSection : public TObject {
 public:
   TCSSSection() : Selectors(true) {}
 
-  std::vector<std::shared_ptr<TCSSTokens>> FCalcValues;  // keeps calc() token arrays alive
+  std::vector<std::unique_ptr<TCSSCalcValueObject>> FCalcValues;  // keeps calc() token arrays alive
   TCSSSelectors Selectors;  // owning
   TCSSValues Values;
   TCSSValues CompiledValues;
