@@ -266,7 +266,13 @@ void write_compound(const TCSSSelector* s, std::u16string& out) {
   if (s->PseudoCount > 0)
     for (int pc = 0; pc <= pcUnknown; ++pc)
       if (s->PseudoClasses & (1u << pc))
+      {
         out += u":" + TypeInfo<TCSSPseudoClass>()->NameOf(pc).substr(2);
+        if ((pc == pcNthChild || pc == pcNthOfType) && s->NthValue != 0)
+          out += s->NthValue == -1   ? hstring(u"(odd)")
+                 : s->NthValue == -2 ? hstring(u"(even)")
+                                     : u"(" + IntToStr(s->NthValue) + u")";
+      }
   for (const auto& n : s->NotSelectors) {
     out += u":not(";
     write_compound(n.get(), out);

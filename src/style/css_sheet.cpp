@@ -21,7 +21,7 @@ namespace {
 
 bool has_blank(const hstring& s) { return s.view().find(u' ') != std::u16string_view::npos; }
 
-void write_tokens(const TCSSTokens& toks, std::u16string& out) {
+void write_tokens(const TCSSTokens& toks, std::u16string& out, bool quoted) {
   bool first = true;
   for (const TCSSToken& t : toks) {
     switch (t.CType) {
@@ -41,12 +41,30 @@ void write_tokens(const TCSSTokens& toks, std::u16string& out) {
       out += t.Name.view();
       break;
     case ctURI:
+      if (!first)
+        out += u' ';
       out += u"url('";
       out += t.Name.view();
       out += u"')";
       break;
     case ctSpace:
       out += u' ';
+      break;
+    case ctString:
+      // A string keeps its quotes unless the whole value is quoted.
+      if (!first)
+        out += u' ';
+      if (quoted) {
+        out += t.Name.view();
+      } else {
+        out += u'\'';
+        for (char16_t c : t.Name.view()) {
+          if (c == u'\'' || c == u'\\')
+            out += u'\\';
+          out += c;
+        }
+        out += u'\'';
+      }
       break;
     default:
       if (!first)
@@ -65,7 +83,7 @@ void write_value(const TCSSValue& v, std::u16string& out) {
                std::any_of(t.begin(), t.end(), [](const TCSSToken& k) { return k.CType == ctSpace || has_blank(k.Name); });
   if (quote)
     out += u'\'';
-  write_tokens(t, out);
+  write_tokens(t, out, quote);
   if (quote)
     out += u'\'';
   if (v.Important) {

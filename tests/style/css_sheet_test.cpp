@@ -376,3 +376,38 @@ TEST(CSSSheet, DefaultSheets) {
   EXPECT_TRUE(pad->Important);
   EXPECT_GT(table->GetSelector(0)->Order, 100);
 }
+
+TEST(CSSSheet, StringsAndDarkColours) {
+  struct {
+    const char16_t* css;
+    const char* inl;
+  } strings[] = {
+      {u"a { content: \"x\" }", "content:'x';"},
+      {u"a { font-family: \"Open Sans\" }", "font-family:'Open Sans';"},
+      {u"a { font-family: 'it\\'s', serif }", "font-family:'it\\'s', serif;"},
+  };
+  for (auto& c : strings) {
+    TCSSStyleSheet s;
+    s.Parse(hstring(c.css));
+    EXPECT_EQ(u8(s.AsInlineString()), c.inl);
+  }
+  struct {
+    const char16_t* css;
+    const char* inl;
+  } dark[] = {
+      {u"a { color: #000 }", "color: #F2F2F2;"},  // L 0 -> 1.1, capped at 1 and then .95
+      {u"a { color: white }", "color: #999999;"},
+      {u"a { color: rgb(255, 0, 0) }", "color: #E05252;"},
+      {u"a { background-color: #fff }", "background-color: #262626;"},
+      {u"a { background-color: #ff0000 }", "background-color:transparent;"},
+      {u"a { background-color: transparent; border-color: inherit }", "background-color:transparent;border-color:inherit;"},
+      {u"a { background: #fafafa url(x.png) no-repeat }", "background: #262626 url('x.png') no-repeat;"},
+  };
+  for (auto& c : dark) {
+    TCSSStyleSheet s;
+    s.Parse(hstring(c.css));
+    s.ConvertLighttoDark();
+    EXPECT_EQ(u8(s.AsInlineString()), c.inl) << u8(hstring(c.css));
+  }
+  EXPECT_EQ(u8(TCSSStyleSheet::LighttoDark(u"p{color:#111}"_hs)), "p{\r\n  color: #F2F2F2;\r\n}\r\n");
+}

@@ -19,6 +19,8 @@ const std::vector<Command>& Commands() {
       {"json", "json toxml FILE|-", "JSON as indented XML (UTF-8)", CmdJson},
       {"xpath", "xpath [--xml] [--value] FILE PATH",
        "matches of PATH as markup, or the first one's value (.xml/.svg/.rss: XML)", CmdXPath},
+      {"css", "css format|minify|dark|selectors FILE|-",
+       "a style sheet written back, minified, in dark colours, or its selectors with weight and bucket", CmdCss},
   };
   return list;
 }

@@ -51,5 +51,7 @@ int CmdXml(int argc, char** argv);
 int CmdJson(int argc, char** argv);
 // xpath [--xml] [--value] FILE PATH
 int CmdXPath(int argc, char** argv);
+// css format|minify|dark|selectors FILE|-
+int CmdCss(int argc, char** argv);
 
 } // namespace htcore_cli
