@@ -1,8 +1,8 @@
 // Measures and the property table.
 //
 // Measures: the lengths of real style sheets (every declaration value that
-// starts with a number or calc(), read from the sheets that exist of the list
-// below, else a built-in list), resolved to pixels per second: from stored
+// starts with a number or calc(), from every *.css under bench/data and a few
+// sheets Debian ships; a built-in list if there are none), resolved to pixels per second: from stored
 // tokens (what the cascade does: Decode + GetFPixels, calc() included) and
 // from attribute text (Parse + GetFPixels).
 // Property lookups by name per second: CSSPropDictionary against
@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <random>
@@ -27,19 +28,33 @@
 
 namespace {
 
-const char* const kSheets[] = {
-    "bench/data/bootstrap.css",
+const char* const kSystemSheets[] = {
     "/usr/share/doc/python3/_static/basic.css",
     "/usr/share/doc/nodejs/api/assets/style.css",
     "/usr/share/gitweb/static/gitweb.css",
     "/usr/share/sgml/X11/xorg.css",
 };
 
+// Every *.css below bench/data (scripts/fetch_bench_data.sh), then sheets
+// that Debian ships.
+std::vector<std::string> SheetPaths() {
+  std::vector<std::string> paths;
+  std::error_code ec;
+  for (auto it = std::filesystem::recursive_directory_iterator("bench/data", ec);
+       !ec && it != std::filesystem::recursive_directory_iterator(); it.increment(ec))
+    if (it->path().extension() == ".css")
+      paths.push_back(it->path().string());
+  std::sort(paths.begin(), paths.end());
+  for (const char* p : kSystemSheets)
+    paths.push_back(p);
+  return paths;
+}
+
 // Declaration values of the sheets that look like lengths.
 const std::vector<std::u16string>& Values() {
   static const std::vector<std::u16string> values = [] {
     std::vector<std::u16string> v;
-    for (const char* path : kSheets) {
+    for (const std::string& path : SheetPaths()) {
       std::ifstream f(path, std::ios::binary);
       if (!f)
         continue;
@@ -55,7 +70,7 @@ const std::vector<std::u16string>& Values() {
           continue;
         const char c = css[b];
         if ((c >= '0' && c <= '9') || c == '.' || c == '-' || css.compare(b, 5, "calc(") == 0)
-          v.push_back(ht::hstring::FromUtf8(css.substr(b, e - b)).view().data());
+          v.emplace_back(ht::hstring::FromUtf8(css.substr(b, e - b)).view());
       }
     }
     if (v.size() < 100)

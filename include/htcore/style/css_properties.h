@@ -182,6 +182,16 @@ public:
   TCSSPropRec* AddProperty(const hstring& Name, TCSSProperty Prop, TCSSPropertyType PropType);
 };
 
+struct TCSSValue;
+
+// A snapshot of one winning value of an element, for change detection.
+struct TCSSPropValueRec {
+  const TCSSValue* Value = nullptr;
+  uint32_t AsNumber = 0; // resolved pixels, number, colour, enum ordinal or hash
+  uint32_t AsUnit = 0;   // the FValue of a length
+  const TCSSPropRec* Prop = nullptr;
+};
+
 // The process-wide table (started on first use).
 TCSSPropDictionary& CSSPropDictionary();
 // The row of a member, or null for the members without a row.
