@@ -158,6 +158,8 @@ public:
 
   THtPathRec& Add(THtPathRecKind Kind);
   void Translate(float dx, float dy);
+  // Replays lines, arcs and ellipses through the canvas; curves are not drawn.
+  void DrawPath(THtCanvas& Canvas, THtPen& Pen) const;
   TPointF LastPoint() const;
   bool IsRect() const;
   bool HasCurves() const;
