@@ -31,11 +31,31 @@ inline std::string quote(const std::string& s) {
 
 inline const char* tool() { return std::getenv("HTCORE_TOOL"); }
 
+#if defined(__SANITIZE_ADDRESS__)
+#define HTCORE_CLI_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define HTCORE_CLI_ASAN 1
+#endif
+#endif
+
+// The tool runs with its memory capped, so that a regression on hostile input
+// fails the test instead of exhausting the machine. The address sanitizer
+// reserves far more address space than it uses: there the cap is on resident
+// memory.
+inline std::string limited(const std::string& command) {
+#ifdef HTCORE_CLI_ASAN
+  return "ASAN_OPTIONS=\"${ASAN_OPTIONS:+$ASAN_OPTIONS:}hard_rss_limit_mb=1024\" " + command;
+#else
+  return "ulimit -v 1048576; " + command;
+#endif
+}
+
 // Runs `tool ARGS`, with Stdin piped in when given.
 inline TRun run(const std::string& args, const std::string* stdin_text = nullptr) {
   std::string dir = ::testing::TempDir();
   std::string out = dir + "htcore_cli_out", err = dir + "htcore_cli_err", in = dir + "htcore_cli_in";
-  std::string cmd = quote(tool()) + " " + args;
+  std::string cmd = limited(quote(tool()) + " " + args);
   if (stdin_text) {
     std::ofstream(in, std::ios::binary) << *stdin_text;
     cmd += " <" + quote(in);
@@ -53,7 +73,7 @@ inline TRun run(const std::string& args, const std::string* stdin_text = nullptr
 // its standard output only.
 inline TRun RunTool(const std::string& args) {
   const char* t = tool();
-  std::string cmd = std::string(t ? t : "htcore") + " " + args;
+  std::string cmd = limited(std::string(t ? t : "htcore") + " " + args);
   TRun r;
   FILE* p = popen(cmd.c_str(), "r");
   if (!p)

@@ -6,23 +6,12 @@
 #include "htcore/foundation/text_utils.h"
 #include "htcore/style/css_sheet.h"
 
-#include <cstring>
 #include <exception>
 #include <string>
 
 namespace htcore_cli {
 
 namespace {
-
-const char kCssHelp[] =
-    "usage: htcore css format|minify|dark|selectors FILE|-\n"
-    "  format     parse the sheet and write it back, one declaration a line\n"
-    "  minify     merge equal sides into shorthands and write the sheet compactly\n"
-    "  dark       move every colour to a dark theme and write the sheet\n"
-    "  selectors  each selector with its weight, map group and the bucket it is filed in\n"
-    "Input and output are UTF-8; FILE '-' reads standard input. CSS never fails to parse:\n"
-    "what is not understood is dropped.\n"
-    "example: htcore css selectors bootstrap.css\n";
 
 const char* const kBuckets[] = {"none", "tag", "id", "class", "condition", "pseudo-class"};
 
@@ -33,7 +22,7 @@ void list_selectors(const ht::TCSSStyleSheet& sheet, std::string& out) {
     for (const ht::TCSSSelector* s : sec->Selectors) {
       ht::hstring key;
       ht::TCSSBucket b = ht::CSSBucketOf(s, key);
-      const char* group = (s->PseudoClasses & ht::PCBit(ht::pcBefore))  ? "before"
+      const char* group = (s->PseudoClasses & ht::PCBit(ht::pcBefore))   ? "before"
                           : (s->PseudoClasses & ht::PCBit(ht::pcAfter))  ? "after"
                           : (s->PseudoClasses & ht::PCBit(ht::pcMarker)) ? "marker"
                                                                          : "main";
@@ -48,15 +37,11 @@ void list_selectors(const ht::TCSSStyleSheet& sheet, std::string& out) {
 } // namespace
 
 int CmdCss(int argc, char** argv) {
-  if (argc >= 1 && (!std::strcmp(argv[0], "--help") || !std::strcmp(argv[0], "-h"))) {
-    std::fputs(kCssHelp, stdout);
-    return 0;
-  }
   if (argc != 2)
-    return Fail("usage: htcore css format|minify|dark|selectors FILE|- (htcore css --help)");
+    return FailUsage("css");
   std::string mode = argv[0];
   if (mode != "format" && mode != "minify" && mode != "dark" && mode != "selectors")
-    return Fail("unknown css command '" + mode + "'; use format, minify, dark or selectors");
+    return FailUsage("css", "unknown css command '" + mode + "'");
   std::string bytes;
   if (!ReadInput(argv[1], bytes))
     return 1;

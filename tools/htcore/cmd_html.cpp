@@ -53,12 +53,11 @@ ht::hstring body_text(ht::THtmlNode& doc) {
 } // namespace
 
 int CmdHtml(int argc, char** argv) {
-  const char* usage = "usage: htcore html text|format|compact FILE|-";
   if (argc != 2)
-    return Fail(usage);
+    return FailUsage("html");
   std::string mode = argv[0];
   if (mode != "text" && mode != "format" && mode != "compact")
-    return Fail("unknown html command '" + mode + "'; " + usage);
+    return FailUsage("html", "unknown html command '" + mode + "'");
   std::string bytes;
   if (!ReadInput(argv[1], bytes))
     return 1;

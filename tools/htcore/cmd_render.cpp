@@ -17,8 +17,6 @@ namespace htcore_cli {
 
 namespace {
 
-const char* kRenderUsage = "usage: htcore render TEMPLATE DATA|- [--json-mode] [--var name=value]...";
-
 ht::hstring FromUtf8Bytes(const std::string& bytes) {
   std::string_view v(bytes);
   if (v.substr(0, 3) == "\xEF\xBB\xBF")
@@ -65,13 +63,13 @@ int CmdRender(int argc, char** argv) {
         return Fail("--var needs name=value, got '" + nv + "'");
       vars.emplace_back(ht::Utf8ToHString(nv.substr(0, eq)), ht::Utf8ToHString(nv.substr(eq + 1)));
     } else if (a.size() > 1 && a[0] == '-' && a != "-") {
-      return Fail("unknown option '" + a + "'; " + kRenderUsage);
+      return FailUsage("render", "unknown option '" + a + "'");
     } else {
       files.push_back(a);
     }
   }
   if (files.size() != 2)
-    return Fail(kRenderUsage);
+    return FailUsage("render");
   if (files[0] == "-")
     return Fail("the template must be a file (DATA may be '-')");
 
@@ -105,9 +103,7 @@ int CmdRender(int argc, char** argv) {
         }
       return false;
     });
-  std::string out = t.Render(data.get()).toUtf8();
-  if (std::fwrite(out.data(), 1, out.size(), stdout) != out.size() || std::fflush(stdout) != 0)
-    return Fail("cannot write the output");
+  Emit(t.Render(data.get()).toUtf8());
   return 0;
 }
 

@@ -85,7 +85,7 @@ const char* KindName(ht::THTMLTokenType t) {
 
 int CmdTokens(int argc, char** argv) {
   if (argc != 1)
-    return Fail("usage: htcore tokens FILE|-");
+    return FailUsage("tokens");
   std::string bytes;
   if (!ReadInput(argv[0], bytes))
     return 1;
@@ -106,7 +106,8 @@ int CmdTokens(int argc, char** argv) {
     } else {
       line.append(KindName(hp.TagType)).append(" ").append(Quote(hp.Value));
     }
-    std::puts(line.c_str());
+    line += '\n';
+    Emit(line);
   }
   return 0;
 }

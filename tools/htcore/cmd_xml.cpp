@@ -27,12 +27,11 @@ std::string formatted_xml(const ht::THtXMLNode& doc) {
 } // namespace
 
 int CmdXml(int argc, char** argv) {
-  const char* usage = "usage: htcore xml format|tojson FILE|-";
   if (argc != 2)
-    return Fail(usage);
+    return FailUsage("xml");
   std::string mode = argv[0];
   if (mode != "format" && mode != "tojson")
-    return Fail("unknown xml command '" + mode + "'; " + usage);
+    return FailUsage("xml", "unknown xml command '" + mode + "'");
   std::string bytes;
   if (!ReadInput(argv[1], bytes))
     return 1;
@@ -47,11 +46,10 @@ int CmdXml(int argc, char** argv) {
 }
 
 int CmdJson(int argc, char** argv) {
-  const char* usage = "usage: htcore json toxml FILE|-";
   if (argc != 2)
-    return Fail(usage);
+    return FailUsage("json");
   if (std::string(argv[0]) != "toxml")
-    return Fail("unknown json command '" + std::string(argv[0]) + "'; " + usage);
+    return FailUsage("json", "unknown json command '" + std::string(argv[0]) + "'");
   std::string bytes;
   if (!ReadInput(argv[1], bytes))
     return 1;

@@ -42,7 +42,7 @@ void write_utf8(const ht::TFastString& text, bool& at_line_start) {
     if (c == '\r')
       c = '\n';
   if (!out.empty()) {
-    std::fwrite(out.data(), 1, out.size(), stdout);
+    Emit(out);
     at_line_start = out.back() == '\n';
   }
 }
@@ -51,7 +51,7 @@ void write_utf8(const ht::TFastString& text, bool& at_line_start) {
 
 int CmdXmlText(int argc, char** argv) {
   if (argc != 1)
-    return Fail("usage: htcore xml text FILE|-");
+    return FailUsage("xml text");
   bool is_stdin = std::strcmp(argv[0], "-") == 0;
   FILE* f = is_stdin ? stdin : std::fopen(argv[0], "rb");
   if (!f)
@@ -69,9 +69,8 @@ int CmdXmlText(int argc, char** argv) {
   } catch (const ht::Exception& e) {
     // The text so far stays on stdout, ended by a line break.
     if (!at_line_start)
-      std::fputc('\n', stdout);
+      Emit("\n");
     at_line_start = true;
-    std::fflush(stdout);
     status = Fail(e.what());
   }
   if (!is_stdin)
@@ -79,7 +78,7 @@ int CmdXmlText(int argc, char** argv) {
   if (stream.Error() != 0)
     return Fail(std::string("cannot read '") + argv[0] + "': " + std::strerror(stream.Error()));
   if (!at_line_start)
-    std::fputc('\n', stdout);
+    Emit("\n");
   return status;
 }
 

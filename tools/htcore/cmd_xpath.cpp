@@ -36,7 +36,6 @@ std::string markup(ht::THtNode* n, bool xml) {
 } // namespace
 
 int CmdXPath(int argc, char** argv) {
-  const char* usage = "usage: htcore xpath [--xml] [--value] FILE PATH";
   bool xml = false, value = false;
   std::vector<const char*> args;
   for (int i = 0; i < argc; ++i) {
@@ -46,12 +45,12 @@ int CmdXPath(int argc, char** argv) {
     else if (opt == "--value")
       value = true;
     else if (opt.size() > 2 && opt[0] == '-' && opt[1] == '-')
-      return Fail("unknown option '" + opt + "'; " + usage);
+      return FailUsage("xpath", "unknown option '" + opt + "'");
     else
       args.push_back(argv[i]);
   }
   if (args.size() != 2)
-    return Fail(usage);
+    return FailUsage("xpath");
   const char* file = args[0];
   ht::hstring path = ht::hstring::FromUtf8(args[1]);
   xml = xml || has_xml_extension(file);

@@ -8,22 +8,99 @@ namespace htcore_cli {
 
 const std::vector<Command>& Commands() {
   static const std::vector<Command> list = {
-      {"version", "version", "print the library version", CmdVersion},
+      {"version", "version", "print the library version", CmdVersion,
+       "Prints the version of the library the tool is built with (also: htcore --version).\n"
+       "\n"
+       "example:\n"
+       "  htcore version\n"},
       {"render", "render TEMPLATE DATA|- [--json-mode] [--var name=value]...",
-       "render a {{ }} template over XML or JSON data (by extension; stdin is sniffed)", CmdRender},
-      {"tokens", "tokens FILE|-", "HTML item stream (tags, text, blocks), one a line", CmdTokens},
+       "render a {{ }} template over XML or JSON data (by extension; stdin is sniffed)", CmdRender,
+       "Renders TEMPLATE over the data tree of DATA and prints the result. DATA is JSON when\n"
+       "its name ends in .json (standard input: when it starts with { or [), XML otherwise.\n"
+       "Includes resolve beside the template and may not leave its directory.\n"
+       "\n"
+       "options:\n"
+       "  --json-mode         values are written as JSON strings\n"
+       "  --var name=value    a variable the data does not hold (repeatable)\n"
+       "\n"
+       "example:\n"
+       "  htcore render catalogue.tpl.html catalogue.xml --var title=Spring\n"},
+      {"tokens", "tokens FILE|-", "HTML item stream (tags, text, blocks), one a line", CmdTokens,
+       "Prints the items the HTML reader delivers, one a line: tags with their attributes,\n"
+       "texts, scripts, styles, comments and directives, with line breaks shown as \\n.\n"
+       "\n"
+       "example:\n"
+       "  htcore tokens page.html\n"},
       {"html", "html text|format|compact FILE|-", "HTML as plain text, indented or compact HTML (UTF-8)",
-       CmdHtml},
-      {"xml text", "xml text FILE|-", "the text of an XML document of any size (UTF-8)", CmdXmlText},
-      {"xml", "xml format|tojson FILE|-", "XML as indented XML or as JSON (UTF-8)", CmdXml},
-      {"json", "json toxml FILE|-", "JSON as indented XML (UTF-8)", CmdJson},
+       CmdHtml,
+       "Reads HTML in any encoding (a byte-order mark, a meta charset or the bytes decide) and\n"
+       "prints the body's text, the repaired tree as indented HTML, or as compact HTML.\n"
+       "\n"
+       "example:\n"
+       "  htcore html text page.html\n"},
+      {"xml text", "xml text FILE|-", "the text of an XML document of any size (UTF-8)", CmdXmlText,
+       "Streams the text of an XML document through the SAX reader in constant memory.\n"
+       "Without a byte-order mark or an encoding declaration the input is UTF-8.\n"
+       "\n"
+       "example:\n"
+       "  htcore xml text big.xml\n"},
+      {"xml", "xml format|tojson FILE|-", "XML as indented XML or as JSON (UTF-8)", CmdXml,
+       "Reads strict XML (a byte-order mark, the declaration or the bytes decide the\n"
+       "encoding) and prints it as indented XML or as JSON.\n"
+       "\n"
+       "example:\n"
+       "  htcore xml tojson settings.xml\n"},
+      {"json", "json toxml FILE|-", "JSON as indented XML (UTF-8)", CmdJson,
+       "Reads JSON and prints it as indented XML: scalars become attributes, objects and\n"
+       "arrays child elements, array items <value> elements.\n"
+       "\n"
+       "example:\n"
+       "  htcore json toxml settings.json\n"},
       {"xpath", "xpath [--xml] [--value] FILE PATH",
-       "matches of PATH as markup, or the first one's value (.xml/.svg/.rss: XML)", CmdXPath},
+       "matches of PATH as markup, or the first one's value (.xml/.svg/.rss: XML)", CmdXPath,
+       "Runs the path query PATH over an HTML document (XML for .xml, .svg, .rss, .atom,\n"
+       ".xsl, .xslt or with --xml) and prints each match as compact markup, one a line.\n"
+       "\n"
+       "options:\n"
+       "  --xml      read FILE as XML whatever its name\n"
+       "  --value    print the value of the first match (an attribute's value, an\n"
+       "             element's text)\n"
+       "\n"
+       "example:\n"
+       "  htcore xpath page.html '//a/@href' --value\n"},
       {"css", "css format|minify|dark|selectors FILE|-",
-       "a style sheet written back, minified, in dark colours, or its selectors with weight and bucket", CmdCss},
+       "a style sheet written back, minified, in dark colours, or its selectors with weight and bucket",
+       CmdCss,
+       "Parses a style sheet (UTF-8; FILE '-' reads standard input) and writes it back.\n"
+       "CSS never fails to parse: what is not understood is dropped.\n"
+       "\n"
+       "modes:\n"
+       "  format     parse the sheet and write it back, one declaration a line\n"
+       "  minify     merge equal sides into shorthands and write the sheet compactly\n"
+       "  dark       move every colour to a dark theme and write the sheet\n"
+       "  selectors  each selector with its weight, map group and the bucket it is filed in\n"
+       "\n"
+       "example:\n"
+       "  htcore css selectors bootstrap.css\n"},
   };
   return list;
 }
+
+int FailUsage(std::string_view name, const std::string& reason) {
+  std::string line = reason.empty() ? "usage: " : reason + "; usage: ";
+  std::string_view group = name.substr(0, name.find(' '));
+  bool first = true;
+  for (const Command& c : Commands()) {
+    std::string_view n = c.name;
+    if (n == name || n.substr(0, n.find(' ')) == group) {
+      line.append(first ? "htcore " : " or htcore ").append(c.usage);
+      first = false;
+    }
+  }
+  return Fail(line);
+}
+
+bool IsHelpOption(const char* arg) { return !std::strcmp(arg, "--help") || !std::strcmp(arg, "-h"); }
 
 bool ReadInput(const char* name, std::string& bytes) {
   bool is_stdin = std::strcmp(name, "-") == 0;
@@ -49,11 +126,18 @@ bool ReadInput(const char* name, std::string& bytes) {
   return true;
 }
 
+TOutputError::TOutputError(int err)
+    : std::runtime_error(std::string("cannot write the output: ") + std::strerror(err)) {}
+
+void Emit(std::string_view text) {
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size())
+    throw TOutputError(errno);
+}
+
 int WriteOut(std::string text) {
   if (text.empty() || text.back() != '\n')
     text += '\n';
-  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
-    return Fail(std::string("cannot write the output: ") + std::strerror(errno));
+  Emit(text);
   return 0;
 }
 
@@ -71,8 +155,10 @@ int Fail(const std::string& message) {
   return 1;
 }
 
-int CmdVersion(int, char**) {
-  std::puts("htcore 0.1.0");
+int CmdVersion(int argc, char**) {
+  if (argc != 0)
+    return FailUsage("version");
+  Emit("htcore " HTCORE_VERSION "\n");
   return 0;
 }
 

@@ -1,10 +1,14 @@
 // Sub-commands of the htcore tool. Each group lives in its own cmd_*.cpp and
-// is listed once in commands.cpp.
+// is listed once in commands.cpp, where its row also carries its help: main
+// answers `htcore help`, `htcore --help` and `htcore COMMAND --help` from the
+// rows, so a new command gets its help by filling the row.
 #pragma once
 
 #include <cstdio>
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ht {
@@ -14,19 +18,38 @@ class THtXMLNode;
 namespace htcore_cli {
 
 struct Command {
-  const char* name;   // first word on the command line, or the first two ("xml text")
-  const char* usage;  // shown in the help
-  const char* help;
+  const char* name;                  // first word on the command line, or the first two ("xml text")
+  const char* usage;                 // the arguments, behind "htcore "
+  const char* summary;               // one line in the command table
   int (*run)(int argc, char** argv); // arguments after the command word
+  // For `htcore NAME --help`: what the command does in a few lines, then an
+  // "options:" block if it has any, then an "example:" block, e.g.
+  //   "Prints ...\n\noptions:\n  --xml   read XML\n\nexample:\n  htcore ...\n"
+  const char* help;
 };
 
 const std::vector<Command>& Commands();
+
+// Prints "htcore: [REASON; ]usage: htcore ..." with every form of the
+// command's first word, as one line on stderr, and returns 1, for
+// `return FailUsage("xml", "unknown xml command 'x'")`.
+int FailUsage(std::string_view name, const std::string& reason = {});
 
 // Reads a whole file, or standard input for "-". Prints one line to stderr and
 // returns false when it cannot.
 bool ReadInput(const char* name, std::string& bytes);
 
-// Writes text to standard output with a final line break; 1 when that fails.
+// Raised by Emit when standard output cannot take the text; main reports it.
+struct TOutputError : std::runtime_error {
+  explicit TOutputError(int err);
+};
+
+// Writes to standard output; raises TOutputError when that fails, so that a
+// streaming command stops at the first lost byte. main flushes and checks
+// standard output once more after every command.
+void Emit(std::string_view text);
+
+// Writes text to standard output with a final line break; returns 0.
 int WriteOut(std::string text);
 
 // The library ends lines with CR LF; a terminal wants LF.
@@ -34,6 +57,9 @@ std::string UnixLines(std::string text);
 
 // Prints "htcore: MESSAGE" on stderr and returns 1, for `return Fail(...)`.
 int Fail(const std::string& message);
+
+// True for "--help" and "-h".
+bool IsHelpOption(const char* arg);
 
 // XML bytes (BOM, declaration or the bytes decide the encoding) into a tree;
 // raises the reader's exceptions.
