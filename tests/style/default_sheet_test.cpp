@@ -1,6 +1,7 @@
 // The default sheets are data; these tests catch typos in them: unknown
 // property names, keywords a property does not have, elements left out.
 #include "htcore/style/css_properties.h"
+#include "htcore/style/css_sheet.h"
 #include "htcore/style/css_tokenizer.h"
 #include "style/default_sheets.h"
 
@@ -200,6 +201,26 @@ TEST(DefaultSheet, CoversEveryElementTheBuilderKnows) {
   };
   for (const char* tag : tags)
     EXPECT_TRUE(scan.elements.count(tag)) << tag;
+}
+
+// The sheet parser keeps every declaration and every rule: none of them is
+// invalid to it.
+TEST(DefaultSheet, ParsesWithoutDroppingAnything) {
+  struct {
+    std::u16string_view text;
+    TCSSStyleSheet* sheet;
+  } sheets[] = {{detail::kHTML4StyleSheetText, HTML4StyleSheet()},
+                {detail::kHTML4QuirkStyleSheetText, HTML4QuirkStyleSheet()}};
+  for (auto& s : sheets) {
+    TSheetScan scan = Scan(s.text);
+    size_t values = 0;
+    for (const auto& section : s.sheet->fSections) {
+      values += section->Values.size();
+      EXPECT_GT(section->Selectors.Count(), 0) << section->AsString().toUtf8();
+    }
+    EXPECT_EQ(values, scan.declarations.size());
+    EXPECT_EQ(s.sheet->fSections.size(), static_cast<size_t>(scan.rules));
+  }
 }
 
 TEST(DefaultSheet, TellingRulesStandAsWritten) {
