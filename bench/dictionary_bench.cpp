@@ -275,12 +275,9 @@ BENCHMARK(BM_StdIdFind)->Arg(10000)->Arg(1000000);
 } // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv))
-    return 1;
   bench::TRateReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  benchmark::Shutdown();
+  if (!bench::RunWithRates(argc, argv, reporter))
+    return 1;
   auto rate = [&](const std::string& name) { return reporter.Rate(name); };
   std::printf("\n%-34s %14s %14s %8s\n", "lookup (all hits)", "htcore Mops/s", "std Mops/s", "ratio");
   for (const char* n : {"10000", "1000000"}) {

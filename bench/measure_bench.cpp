@@ -217,12 +217,9 @@ BENCHMARK(BM_PropLookupStdFromSlice);
 } // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv))
-    return 1;
   bench::TRateReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  benchmark::Shutdown();
+  if (!bench::RunWithRates(argc, argv, reporter))
+    return 1;
   auto rate = [&](const char* name) { return reporter.Rate(name); };
   std::printf("\n%zu length values from real sheets\n", Values().size());
   std::printf("%-40s %12.2f M/s\n", "measures from stored tokens", rate("BM_MeasureFromTokens") / 1e6);

@@ -2,7 +2,8 @@
 // program can print its ratios against a peer measured in the same run:
 //
 //   bench::TRateReporter reporter;
-//   benchmark::RunSpecifiedBenchmarks(&reporter);
+//   if (!bench::RunWithRates(argc, argv, reporter))
+//     return 1;
 //   double ratio = reporter.Rate("BM_Ours") / reporter.Rate("BM_Peer");
 #pragma once
 
@@ -31,5 +32,15 @@ public:
     return it == rates.end() ? 0.0 : it->second;
   }
 };
+
+// Runs the benchmarks the command line selects; false on an unknown argument.
+inline bool RunWithRates(int& argc, char** argv, TRateReporter& reporter) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv))
+    return false;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  benchmark::Shutdown();
+  return true;
+}
 
 } // namespace bench
