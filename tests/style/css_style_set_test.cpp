@@ -1,6 +1,8 @@
 #include "htcore/style/css_style_set.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <string>
 
 using namespace ht;
 
@@ -89,6 +91,23 @@ TEST(CSSStyleSet, MergesWithAnotherSet) {
   TCSSStyleSet diff = base;
   diff.IntersectWith(other);
   EXPECT_EQ(diff.GetAsString().toUtf8(), "a:1;b:2;");
+}
+
+TEST(CSSStyleSet, ManyNamesReadInOneSortedMerge) {
+  std::u16string text;
+  for (int i = 30000; i-- > 0;)
+    text += u"n" + std::u16string(hstring::FromUtf8(std::to_string(i)).view()) + u":v;";
+  TCSSStyleSet s = Set(text.c_str());
+  EXPECT_EQ(s.Count(), 30000);
+  EXPECT_TRUE(
+      std::is_sorted(s.Items.begin(), s.Items.end(), [](auto& a, auto& b) { return a.Name < b.Name; }));
+  s.AddString(u"n5:w; n5:x; zz:1");
+  EXPECT_EQ(s.GetValue(u"n5"_hs).toUtf8(), "x");
+  EXPECT_EQ(s.Count(), 30001);
+  TCSSStyleSet copy = s;
+  s.AddInherited(s);
+  s.AddOverride(s);
+  EXPECT_EQ(s, copy);
 }
 
 TEST(CSSStyleSet, PixelsOfAValue) {
