@@ -40,6 +40,18 @@ while [ "$n" -lt "$max" ] && [ "${#small[@]}" -gt 0 ]; do
   page=$((page + 1))
 done
 
+# Style sheets: bootstrap (npm package, full and minified) beside the sheets
+# Debian ships. Without npm or a network the benchmarks use what is there.
+if [ ! -s "$out/bootstrap.css" ] && command -v npm >/dev/null; then
+  tmp=$(mktemp -d)
+  if (cd "$tmp" && npm pack --silent bootstrap@5 >/dev/null 2>&1 && tar xzf bootstrap-*.tgz); then
+    cp "$tmp/package/dist/css/bootstrap.css" "$tmp/package/dist/css/bootstrap.min.css" "$out/"
+  else
+    echo "bootstrap.css not fetched (npm pack failed)" >&2
+  fi
+  rm -rf "$tmp"
+fi
+
 if [ "$n" -eq 0 ]; then
   echo "no HTML documents found under /usr/share/doc" >&2
   exit 1

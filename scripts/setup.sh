@@ -6,7 +6,8 @@ cd "$(dirname "$0")/.."
 
 packages=(cmake ninja-build g++ pkg-config zlib1g-dev libgtest-dev libbenchmark-dev)
 # Benchmarks against peer libraries (-DHTCORE_PEERS=ON) need, for example:
-#   HTCORE_EXTRA_PACKAGES="libxml2-dev libpugixml-dev rapidjson-dev nlohmann-json3-dev libexpat1-dev iso-codes"
+#   HTCORE_EXTRA_PACKAGES="libxml2-dev libpugixml-dev rapidjson-dev nlohmann-json3-dev libexpat1-dev iso-codes
+#                          libgumbo-dev liblitehtml-dev npm"
 # (iso-codes ships the real XML and JSON inputs of the XML and JSON benchmarks.)
 if [ "${HTCORE_EXTRA_PACKAGES:-}" ]; then
   read -r -a extra <<<"$HTCORE_EXTRA_PACKAGES"

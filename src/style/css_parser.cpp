@@ -9,6 +9,7 @@ namespace ht {
 
 TCSSParser::TCSSParser(const hstring& Text, bool ParseNumbers) : Tokenizer(Text, ParseNumbers) {
   MediaNames.push_back(u"default"_hs);
+  FMediaNameSet.insert(MediaNames[0]);
 }
 
 TCSSParser::~TCSSParser() = default;
@@ -85,6 +86,13 @@ bool TCSSParser::NextSection() {
 }
 
 void TCSSParser::ReadSectionValues() {
+  FValueIndex.clear();
+  FDropped = false;
+  read_values();
+  drop_overridden();
+}
+
+void TCSSParser::read_values() {
   next();
   while (!eof()) {
     switch (tok().CType) {
@@ -196,11 +204,21 @@ void TCSSParser::AddValue() {
     Section->Values.pop_back();
     return;
   }
-  // The last valid declaration of a name wins, !important or not.
-  hstring name = added.Name;
-  for (size_t i = Section->Values.size() - 1; i-- > 0;)
-    if (Section->Values[i].Name == name)
-      Section->Values.erase(Section->Values.begin() + static_cast<std::ptrdiff_t>(i));
+  // The last valid declaration of a name wins, !important or not. The loser
+  // is only marked here and dropped when the block ends.
+  auto [it, fresh] = FValueIndex.try_emplace(added.Name, Section->Values.size() - 1);
+  if (!fresh) {
+    Section->Values[it->second].Name.clear();
+    it->second = Section->Values.size() - 1;
+    FDropped = true;
+  }
+}
+
+void TCSSParser::drop_overridden() {
+  if (FDropped)
+    std::erase_if(Section->Values, [](const TCSSValue& v) { return v.Name.empty(); });
+  FDropped = false;
+  FValueIndex.clear();
 }
 
 void TCSSParser::AddImport() {
@@ -329,7 +347,7 @@ void TCSSParser::read_media() {
     set->Tokens.pop_back();
   set->HasSizeQuery = set->MinWidth || set->MaxWidth || set->MinDeviceWidth || set->MaxDeviceWidth;
   hstring name = Trim(hstring(running.data(), running.size()));
-  if (std::find(MediaNames.begin(), MediaNames.end(), name) == MediaNames.end())
+  if (FMediaNameSet.insert(name).second)
     MediaNames.push_back(name);
   if (set->Media == 0 && !name.empty())
     set->Media = 1u << cmUnknown;

@@ -515,17 +515,23 @@ struct TReader {
     if (!end())
       ++i;
   }
-  hstring texts_to(TCSSTokenType close) {
-    std::u16string s;
+  void texts_to(TCSSTokenType close, std::u16string& out) {
     while (!end() && cur().CType != close)
-      s += cur().Name.view(), ++i;
+      out += cur().Name.view(), ++i;
     if (!end())
       ++i;
-    return hstring(s.data(), s.size());
   }
 
   // The rest of a compound; in a :not( operand an identifier ends it.
+  // Conditions gather in one buffer: a compound of many of them stays linear.
   void compound(TCSSSelector* s, bool operand) {
+    std::u16string cond(s->Condition.view());
+    compound_loop(s, operand, cond);
+    if (cond.size() != s->Condition.size())
+      s->Condition = hstring(cond.data(), cond.size());
+  }
+
+  void compound_loop(TCSSSelector* s, bool operand, std::u16string& cond) {
     while (!end()) {
       const TCSSToken& k = cur();
       switch (k.CType) {
@@ -537,18 +543,15 @@ struct TReader {
         ++i;
         continue;
       case ctFunction:
-      case ctOpenPar: {
-        std::u16string s2(s->Condition.view());
-        s2 += texts_to(ctClosePar).view();
-        s->Condition = hstring(s2.data(), s2.size());
+      case ctOpenPar:
+        texts_to(ctClosePar, cond);
         continue;
-      }
-      case ctOpenBr: {
+      case ctOpenBr:
         ++i;
-        hstring c = texts_to(ctCloseBr);
-        s->Condition = s->Condition.empty() ? c : s->Condition + u'\x01' + c;
+        if (!cond.empty())
+          cond += u'\x01';
+        texts_to(ctCloseBr, cond);
         continue;
-      }
       default:
         break;
       }

@@ -1,4 +1,5 @@
 #include "htcore/foundation/string_list.h"
+#include "htcore/foundation/text_utils.h"
 #include "htcore/style/css_sheet.h"
 
 #include <gtest/gtest.h>
@@ -315,7 +316,16 @@ TEST(CSSSheet, HostileSheetsStayLinear) {
   std::u16string calc = u"a{width:";
   for (int i = 0; i < 100000; ++i)
     calc += u"calc(";
-  for (const std::u16string& t : {nested, closed, group, calc, std::u16string(u"a{b:'open"),
+  std::u16string decls = u"a{", conds = u"a", medias;
+  for (int i = 0; i < 50000; ++i) {
+    std::u16string n = hstring(IntToStr(i)).view().data();
+    decls += u"x" + n + u":1;";
+    conds += u"[x" + n + u"]";
+    medias += u"@media m" + n + u"{}";
+  }
+  decls += u"}";
+  conds += u"{color:red}";
+  for (const std::u16string& t : {nested, closed, group, calc, decls, conds, medias, std::u16string(u"a{b:'open"),
                                   std::u16string(u"a{b:url(open"), std::u16string(u"/* open"),
                                   std::u16string(u"@media (")}) {
     TCSSStyleSheet s;

@@ -30,6 +30,8 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace ht {
@@ -272,7 +274,12 @@ private:
   bool eof() const { return Tokenizer.Eof; }
   void read_media();
   void read_keyframes();
+  void read_values();
+  void drop_overridden();
   TCSSTokens FList;
+  std::unordered_map<hstring, size_t> FValueIndex;  // name to its value in the section being read
+  bool FDropped = false;
+  std::unordered_set<hstring> FMediaNameSet;
 };
 
 // An extension: a sheet that joins a document sheet when a key class is present.
