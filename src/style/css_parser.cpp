@@ -153,7 +153,7 @@ void TCSSParser::AddSelector() {
       SkipSection();
       return;
     default:
-      FList.push_back(tok());
+      FList.push_back(std::move(Tokenizer.Token));  // the next token overwrites it anyway
     }
     next();
   }
@@ -192,7 +192,7 @@ void TCSSParser::AddValue() {
       if (tok().CType == ctBlockEnd || tok().CType == ctSemicolon)
         break;
     }
-    v.Tokens.push_back(tok());
+    v.Tokens.push_back(std::move(Tokenizer.Token));
   }
   if (v.Tokens.empty())
     return;

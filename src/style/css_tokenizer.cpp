@@ -36,6 +36,31 @@ hstring make_text(const char16_t* b, const char16_t* e) {
   return hstring(b, static_cast<size_t>(e - b));
 }
 
+} // namespace
+
+// Sheets repeat their words (property names, keywords, lengths, variables):
+// short texts are shared through a direct-mapped cache for the tokenizer's life.
+const hstring& TCSSTokenizer::Intern(const char16_t* b, const char16_t* e) {
+  size_t n = static_cast<size_t>(e - b);
+  if (n == 1 && *b < 128)
+    return unit_text(*b);
+  if (n > kInternMaxLength) {
+    FScratch = hstring(b, n);
+    return FScratch;
+  }
+  uint32_t h = 2166136261u;
+  for (const char16_t* q = b; q < e; ++q)
+    h = (h ^ *q) * 16777619u;
+  if (!FIntern)
+    FIntern = std::make_unique<hstring[]>(kInternSlots);
+  hstring& slot = FIntern[h & (kInternSlots - 1)];
+  if (slot.size() != n || std::char_traits<char16_t>::compare(slot.c_str(), b, n) != 0)
+    slot = hstring(b, n);
+  return slot;
+}
+
+namespace {
+
 // Appends a code point as the reader stores it: one unit up to U+FFFF, a
 // pair above; beyond U+10FFFF or in the surrogate range its low 16 bits.
 void append_escaped(std::u16string& buf, uint32_t cp) {
@@ -120,7 +145,7 @@ bool TCSSTokenizer::NextToken() {
     while (*p && *p < 33)
       ++p;
     Token.CType = ctSpace;
-    Token.Name = make_text(b, p);
+    Token.Name = Intern(b, p);
     result = *p != 0;
     break;
   }
@@ -257,7 +282,7 @@ void TCSSTokenizer::ReadIdent() {
     buf.append(run, static_cast<size_t>(p - run));
     Token.Name = hstring(buf.data(), buf.size());
   } else {
-    Token.Name = make_text(run, p);
+    Token.Name = Intern(run, p);
   }
   Token.CType = Token.Name.empty() ? ctSpace : ctIdent;
   if (*p != u'(' || p == FBumpedCR)
@@ -285,7 +310,7 @@ void TCSSTokenizer::ReadIdent() {
     const char16_t* e = p;
     while (e > b && e[-1] < 33)
       --e;
-    Token.Name = make_text(b, e);
+    Token.Name = Intern(b, e);
     if (*p)
       ++p;
   } else if (!*p) {
@@ -333,7 +358,7 @@ void TCSSTokenizer::ReadString() {
     buf.append(run, static_cast<size_t>(p - run));
     Token.Name = hstring(buf.data(), buf.size());
   } else {
-    Token.Name = make_text(run, p);
+    Token.Name = Intern(run, p);
   }
   if (*p)
     ++p;  // the closing quote, or the CR that ends an open string
@@ -346,7 +371,7 @@ void TCSSTokenizer::ReadURI() {
   const char16_t* b = p;
   while (*p && *p != quote)
     ++p;
-  Token.Name = make_text(b, p);
+  Token.Name = Intern(b, p);
   if (*p)
     ++p;
 }
@@ -393,7 +418,7 @@ void TCSSTokenizer::ReadNumber() {
       Token.CType = ctIdent;
     }
   }
-  Token.Name = make_text(b, p);
+  Token.Name = Intern(b, p);
 }
 
 void TCSSTokenizer::ReadComment() {
@@ -404,7 +429,7 @@ void TCSSTokenizer::ReadComment() {
     ++p;
   Token.CType = ctComment;
   if (*p) {
-    Token.Name = make_text(b, p);
+    Token.Name = Intern(b, p);
     p += 2;
   } else {
     // An open comment loses its last unit, as if a closing '*' stood there.

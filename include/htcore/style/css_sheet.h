@@ -197,7 +197,7 @@ public:
   int SelectorCounter = 10000;
   hstring URL;
   std::vector<TCSSMediaSet*> MediaSets;  // not owned
-  std::map<hstring, TCSSVariable> Variables;
+  std::unordered_map<hstring, TCSSVariable> Variables;
 
   // Weight -1: each selector's specificity; any other value: that weight for all.
   void Parse(const hstring& Text, int Weight = -1, bool Custom = false);

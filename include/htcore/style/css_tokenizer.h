@@ -83,6 +83,11 @@ public:
   bool Eof = false;
 
 private:
+  static constexpr size_t kInternSlots = 1024;
+  static constexpr size_t kInternMaxLength = 40;
+  const hstring& Intern(const char16_t* b, const char16_t* e);
+  std::unique_ptr<hstring[]> FIntern;
+  hstring FScratch;
   const char16_t* Start() const { return Parser.Start(); }
   // A backslash before a CR ends an identifier and turns the CR into the
   // delimiter U+000E; the text itself stays untouched, this marks the unit.
