@@ -237,6 +237,26 @@ uint32_t TCSSTokenizer::Escape() {
   return v;
 }
 
+void TCSSTokenizer::EscapedUnit(std::u16string& buf) {
+  char16_t c = *Parser.p;
+  if (c == u'"' || c == u'\\' || c == u' ') {
+    buf += c;
+    ++Parser.p;
+  } else {
+    append_escaped(buf, Escape());
+  }
+}
+
+void TCSSTokenizer::SetName(bool escaped, std::u16string& buf, const char16_t* run) {
+  const char16_t* p = Parser.p;
+  if (escaped) {
+    buf.append(run, static_cast<size_t>(p - run));
+    Token.Name = hstring(buf.data(), buf.size());
+  } else {
+    Token.Name = Intern(run, p);
+  }
+}
+
 void TCSSTokenizer::ReadIdent() {
   const char16_t*& p = Parser.p;
   Token.AsFloat = 0;
@@ -270,20 +290,10 @@ void TCSSTokenizer::ReadIdent() {
       run = p;
       break;
     }
-    if (c == u'"' || c == u'\\' || c == u' ') {
-      buf += c;
-      ++p;
-    } else {
-      append_escaped(buf, Escape());
-    }
+    EscapedUnit(buf);
     run = p;
   }
-  if (escaped) {
-    buf.append(run, static_cast<size_t>(p - run));
-    Token.Name = hstring(buf.data(), buf.size());
-  } else {
-    Token.Name = Intern(run, p);
-  }
+  SetName(escaped, buf, run);
   Token.CType = Token.Name.empty() ? ctSpace : ctIdent;
   if (*p != u'(' || p == FBumpedCR)
     return;
@@ -346,20 +356,12 @@ void TCSSTokenizer::ReadString() {
       ++p;
       if (*p == u'\n')
         ++p;
-    } else if (c == u'"' || c == u'\\' || c == u' ') {
-      buf += c;
-      ++p;
     } else {
-      append_escaped(buf, Escape());
+      EscapedUnit(buf);
     }
     run = p;
   }
-  if (escaped) {
-    buf.append(run, static_cast<size_t>(p - run));
-    Token.Name = hstring(buf.data(), buf.size());
-  } else {
-    Token.Name = Intern(run, p);
-  }
+  SetName(escaped, buf, run);
   if (*p)
     ++p;  // the closing quote, or the CR that ends an open string
 }
