@@ -6,6 +6,7 @@
 #include "style/default_sheets.h"
 #include "style/htmlcss_start.h"
 
+#include <algorithm>
 #include <mutex>
 
 namespace ht {
@@ -49,11 +50,49 @@ void BuildDefaultSheets() {
 }
 
 void FreeDefaultSheets() {
+  TCSSExtension::ClearExtensions();
   std::lock_guard<std::mutex> guard(g_lock);
   g_quirks.reset();
   g_html4.reset();
 }
 
 } // namespace detail
+
+} // namespace ht
+
+namespace ht {
+
+namespace {
+
+std::vector<std::unique_ptr<TCSSExtension>>& extensions() {
+  static std::vector<std::unique_ptr<TCSSExtension>> list;
+  return list;
+}
+
+} // namespace
+
+void TCSSExtension::RegisterExtension(const std::vector<hstring>& KeyClasses, const hstring& Text) {
+  auto e = std::make_unique<TCSSExtension>();
+  e->KeyClasses = KeyClasses;
+  e->CSS = std::make_unique<TCSSStyleSheet>();
+  e->CSS->Parse(Text, -1, false);
+  std::lock_guard<std::mutex> guard(g_lock);
+  extensions().push_back(std::move(e));
+}
+
+void TCSSExtension::AddExtensions(const std::vector<hstring>& Names, std::vector<TCSSStyleSheet*>& Sheets) {
+  std::lock_guard<std::mutex> guard(g_lock);
+  for (const auto& e : extensions())
+    for (const hstring& k : e->KeyClasses)
+      if (std::find(Names.begin(), Names.end(), k) != Names.end()) {
+        Sheets.push_back(e->CSS.get());
+        break;  // one key is enough for an extension
+      }
+}
+
+void TCSSExtension::ClearExtensions() {
+  std::lock_guard<std::mutex> guard(g_lock);
+  extensions().clear();
+}
 
 } // namespace ht

@@ -421,3 +421,16 @@ TEST(CSSSheet, StringsAndDarkColours) {
   }
   EXPECT_EQ(u8(TCSSStyleSheet::LighttoDark(u"p{color:#111}"_hs)), "p{\r\n  color: #F2F2F2;\r\n}\r\n");
 }
+
+TEST(CSSSheet, Extensions) {
+  TCSSExtension::RegisterExtension({u"tooltip"_hs, u"tip"_hs}, u".tooltip { color: red }"_hs);
+  TCSSExtension::RegisterExtension({u"menu"_hs}, u".menu { color: blue }"_hs);
+  std::vector<TCSSStyleSheet*> sheets;
+  TCSSExtension::AddExtensions({u"tip"_hs, u"tooltip"_hs, u"other"_hs}, sheets);
+  ASSERT_EQ(sheets.size(), 1u);  // one extension, however many of its keys are present
+  EXPECT_TRUE(sheets[0]->Main.Classes->Get(u"tooltip"_hs));
+  TCSSExtension::ClearExtensions();
+  sheets.clear();
+  TCSSExtension::AddExtensions({u"menu"_hs}, sheets);
+  EXPECT_TRUE(sheets.empty());
+}
