@@ -28,6 +28,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <type_traits>
 
 namespace ht {
 
@@ -110,6 +111,8 @@ private:
   void DecodeToken(const TCSSToken& T, PCSSTokens Tokens);
   void SetNumber(float Value, TMeasureUnit Unit);
 };
+
+static_assert(std::is_trivially_copyable_v<TMeasure>, "measures are block-copied into every value and getter");
 
 // The stored form of a CSS length value: "a / b" pairs, border-radius,
 // background-size. A Value2 flagged mfInitial alone is absent.
