@@ -93,11 +93,7 @@ struct TStyle : ht::TMeasureContext {
 void BM_MeasureFromTokens(benchmark::State& state) {
   std::vector<ht::TCSSTokens> stored;
   for (const std::u16string& v : Values()) {
-    ht::TCSSTokens toks;
-    for (ht::TCSSToken& t : ht::CSSTokenize(ht::hstring(v)))
-      if (t.CType != ht::ctSpace && t.CType != ht::ctComment)
-        toks.push_back(t);
-    stored.push_back(std::move(toks));
+    stored.push_back(ht::CSSValueTokens(ht::hstring(v)));
   }
   TStyle style;
   float base = 960;

@@ -47,11 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   m.Parse(text);
   Resolve(m);
 
-  ht::TCSSTokens all = ht::CSSTokenize(text);
-  ht::TCSSTokens tokens;
-  for (ht::TCSSToken& t : all)
-    if (t.CType != ht::ctSpace && t.CType != ht::ctComment)
-      tokens.push_back(std::move(t));
+  ht::TCSSTokens tokens = ht::CSSValueTokens(text);
   ht::TCSSTokenSequence seq;
   seq.Init(&tokens);
   // Every position, bounded so that one input stays linear overall.

@@ -23,7 +23,8 @@ hstring NormName(const hstring& Name) {
 
 // Merges Other (sorted, one entry per name) into Items in one walk, so that
 // adding many names costs n log n rather than an insertion each.
-void MergeSorted(std::vector<TCSSStyleSetRec>& Items, const std::vector<TCSSStyleSetRec>& Other, bool Override) {
+void MergeSorted(std::vector<TCSSStyleSetRec>& Items, const std::vector<TCSSStyleSetRec>& Other,
+                 bool Override) {
   std::vector<TCSSStyleSetRec> merged;
   merged.reserve(Items.size() + Other.size());
   size_t i = 0, j = 0;
@@ -191,11 +192,7 @@ float TCSSStyleSet::GetPixels(const hstring& Name) const {
   hstring v = GetValue(Name);
   if (v.empty())
     return 0;
-  TCSSTokens all = CSSTokenize(v);
-  TCSSTokens tokens;
-  for (TCSSToken& t : all)
-    if (t.CType != ctSpace && t.CType != ctComment)
-      tokens.push_back(std::move(t));
+  TCSSTokens tokens = CSSValueTokens(v);
   TCSSTokenSequence seq;
   seq.Init(&tokens);
   TMeasure m;

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <string_view>
+#include <vector>
 
 namespace ht {
 
@@ -73,6 +74,12 @@ TMeasureUnit UnitOfLetters(const char16_t* p) {
 }
 
 } // namespace
+
+TCSSTokens CSSValueTokens(const hstring& Text) {
+  TCSSTokens all = CSSTokenize(Text);
+  std::erase_if(all, [](const TCSSToken& t) { return t.CType == ctSpace || t.CType == ctComment; });
+  return all;
+}
 
 void TMeasure::Init(const TMeasureContext* AStyle) {
   FValue = 0;

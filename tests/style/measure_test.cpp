@@ -8,15 +8,7 @@ using namespace ht;
 
 namespace {
 
-// A value's tokens as the sheet parser stores them: no spaces, no comments.
-TCSSTokens ValueTokens(const char16_t* text) {
-  TCSSTokens all = CSSTokenize(hstring(text));
-  TCSSTokens r;
-  for (TCSSToken& t : all)
-    if (t.CType != ctSpace && t.CType != ctComment)
-      r.push_back(t);
-  return r;
-}
+TCSSTokens ValueTokens(const char16_t* text) { return CSSValueTokens(hstring(text)); }
 
 struct TStyle : TMeasureContext {
   bool has_parent = true;

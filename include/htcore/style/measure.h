@@ -8,7 +8,7 @@
 //   m.Parent = &base;
 //   m.GetFPixels();                 // 150
 //
-//   ht::TCSSTokens toks = ...;      // the value "calc(100% - 10px)", spaces dropped
+//   ht::TCSSTokens toks = ht::CSSValueTokens(u"calc(100% - 10px)"_hs);
 //   ht::TCSSTokenSequence seq;
 //   seq.Init(&toks);
 //   m.Decode(seq);                  // calc() waits until pixels are asked for
@@ -112,7 +112,8 @@ private:
   void SetNumber(float Value, TMeasureUnit Unit);
 };
 
-static_assert(std::is_trivially_copyable_v<TMeasure>, "measures are block-copied into every value and getter");
+static_assert(std::is_trivially_copyable_v<TMeasure>,
+              "measures are block-copied into every value and getter");
 
 // The stored form of a CSS length value: "a / b" pairs, border-radius,
 // background-size. A Value2 flagged mfInitial alone is absent.
@@ -127,6 +128,10 @@ class TCSSCalcValueObject : public TObject {
 public:
   TCSSTokens Tokens;
 };
+
+// The tokens of a value text as a sheet stores them, without spaces and
+// comments: what Decode and calc() read.
+TCSSTokens CSSValueTokens(const hstring& Text);
 
 // Pixels per unit at 96 dpi, for the units with a fixed size.
 inline constexpr float kPixelsPerInch = 96;
