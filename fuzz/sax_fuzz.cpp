@@ -38,9 +38,10 @@ void run_events(const std::string& doc, ht::THtmlEncoding enc, uint8_t flags) {
         std::abort();
       last = at;
       if (sax.FLastEvent == ht::seTagStart) {
-        // Under heUTF16 a one-byte name is no whole unit, and so empty.
+        // Under heUTF16 a one-byte name is no whole unit, and so empty; the
+        // encoding in force counts, which a byte-order mark may have set.
         for (const ht::THtAttribute& a : sax.FAttributes)
-          if (a.Name.empty() && enc != ht::heUTF16)
+          if (a.Name.empty() && sax.FEncoding != ht::heUTF16)
             std::abort();
         if ((flags & 0x10) && (++n % 3) == 0)
           sax.SkipLevel();

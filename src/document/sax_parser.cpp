@@ -21,6 +21,11 @@ using namespace detail;
 namespace {
 
 constexpr int kPad = 16; // zeroed bytes behind the data, so a stray peek reads 0
+// The buffer is indexed by int; a larger MaxItemSize counts as this.
+constexpr int kMaxGrownSize = 1 << 30;
+// A grown buffer holds this much beyond MaxItemSize, so that the bytes that
+// end the longest allowed item (a '<', a "<![CDATA[" to look at) fit too.
+constexpr int kLookahead = 16;
 
 } // namespace
 
@@ -63,7 +68,34 @@ void THtSAXXMLParser::Init() {
   }
 }
 
+int THtSAXXMLParser::GrowthCap() const noexcept {
+  return MaxItemSize > kBufferSize
+             ? static_cast<int>(std::min<int64_t>(MaxItemSize + kLookahead, kMaxGrownSize))
+             : kBufferSize;
+}
+
+bool THtSAXXMLParser::AtLimit() const noexcept {
+  return FEof || (FBufStart == 0 && FBufEnd == FBufSize && FBufSize >= GrowthCap());
+}
+
+void THtSAXXMLParser::Reserve(int ASize) {
+  std::unique_ptr<uint8_t[]> grown(new uint8_t[static_cast<size_t>(ASize) + kPad]);
+  std::memcpy(grown.get(), FBuf.get() + FBufStart, static_cast<size_t>(FBufEnd - FBufStart));
+  FBuf = std::move(grown);
+  FBufSize = ASize;
+  FBufPosition += FBufStart;
+  FBufEnd -= FBufStart;
+  FBufStart = 0;
+}
+
 int THtSAXXMLParser::ReadBuf() {
+  int cap = GrowthCap();
+  if (FBufStart == 0 && FBufEnd == FBufSize && FBufSize < cap) {
+    // The item at the front fills the buffer: whole-item mode makes room.
+    Reserve(static_cast<int>(std::min<int64_t>(2 * static_cast<int64_t>(FBufSize), cap)));
+  } else if (FBufSize > kBufferSize && FBufEnd - FBufStart < kBufferSize) {
+    Reserve(kBufferSize); // the long item is behind us
+  }
   uint8_t* b = FBuf.get();
   if (FBufStart > 0) {
     std::memmove(b, b + FBufStart, static_cast<size_t>(FBufEnd - FBufStart));
@@ -73,8 +105,8 @@ int THtSAXXMLParser::ReadBuf() {
   }
   int total = 0;
   // A pipe may deliver less than asked: read on until full or the end.
-  while (FBufEnd < kBufferSize && !FEof) {
-    int64_t n = FStream->Read(b + FBufEnd, kBufferSize - FBufEnd);
+  while (FBufEnd < FBufSize && !FEof) {
+    int64_t n = FStream->Read(b + FBufEnd, FBufSize - FBufEnd);
     if (n <= 0) {
       FEof = true;
       break;
@@ -104,9 +136,51 @@ void THtSAXXMLParser::SkipLevel() {
   }
 }
 
+void THtSAXXMLParser::ItemCut(TCut AKind) {
+  if (FEof)
+    return;
+  if (MaxItemSize > kBufferSize)
+    RefuseItem();
+  FCut = AKind;
+}
+
+void THtSAXXMLParser::CheckLength(const uint8_t* stop) {
+  if (FBufSize > MaxItemSize && MaxItemSize > kBufferSize && stop - (FBuf.get() + FBufStart) > MaxItemSize)
+    RefuseItem();
+}
+
+void THtSAXXMLParser::RefuseItem() {
+  FItemTooLong = true;
+  RaiseError("Incorrect XML", Position());
+}
+
+THtSAXXMLParser::TStep THtSAXXMLParser::AfterCut() {
+  // The rest of a cut tag may only close it, and the rest of a cut section
+  // nothing: read as items of their own they would pass for text or markup.
+  const uint8_t* base = FBuf.get();
+  const uint8_t* end = base + FBufEnd;
+  const uint8_t* p = FCut == ctTag ? SaxSkipBlanks(base + FBufStart, end) : base + FBufStart;
+  FBufStart = static_cast<int>(p - base);
+  if (end - p < 2 && !FEof)
+    return p == end ? stSkipped : stMore;
+  TCut cut = FCut;
+  FCut = ctNone;
+  if (p == end)
+    return stSkipped;
+  if (cut == ctTag && *p == '>') {
+    ++FBufStart;
+    return stSkipped;
+  }
+  if (cut == ctTag && (*p == '/' || *p == '?') && p[1] == '>' && FLastEvent == seTagStart)
+    return Step(false) == stEvent ? stEvent : stSkipped;
+  RaiseError("Incorrect XML", Position());
+}
+
 THtSAXXMLParser::TStep THtSAXXMLParser::Step(bool AStore) {
   const uint8_t* p = FBuf.get() + FBufStart;
   const uint8_t* end = FBuf.get() + FBufEnd;
+  if (FCut != ctNone)
+    return AfterCut();
   uint8_t c = *p;
   if (c == '<') {
     if (end - p < 2)
@@ -204,8 +278,11 @@ THtSAXXMLParser::TStep THtSAXXMLParser::ReadStartTag(bool AStore) {
     if (keep && an != an_end)
       AddAttribute(an, static_cast<size_t>(an_end - an), value, value_end);
   }
-  if (p < end && *p == '>')
+  if (p == end)
+    ItemCut(ctTag);
+  else if (*p == '>')
     ++p;
+  CheckLength(p);
   FBufStart = static_cast<int>(p - base);
   FNameStart = static_cast<int>(name - base);
   FNameLen = static_cast<int>(name_len);
@@ -233,8 +310,11 @@ THtSAXXMLParser::TStep THtSAXXMLParser::ReadEndTag(bool AStore) {
   p = SaxSkipBlanks(p, end);
   if (p == end && !AtLimit())
     return stMore;
-  if (p < end)
+  if (p == end)
+    ItemCut(ctTag);
+  else
     ++p;
+  CheckLength(p);
   FBufStart = static_cast<int>(p - base);
   FNameStart = static_cast<int>(name - base);
   FNameLen = static_cast<int>(name_len);
@@ -261,11 +341,14 @@ THtSAXXMLParser::TStep THtSAXXMLParser::ReadText() {
     if (!lt) {
       if (!AtLimit())
         return stMore;
+      ItemCut(ctNone); // the rest comes as a second text, which raises
       stop = end;
       break;
     }
     if (end - lt < 9 && !AtLimit())
       return stMore;
+    if (end - lt < 9)
+      ItemCut(ctNone); // may be a section going on
     const uint8_t* close;
     if (SaxStarts(lt, end, "<!--", 4))
       close = SaxFindClose(lt + 4, end, '-');
@@ -279,11 +362,13 @@ THtSAXXMLParser::TStep THtSAXXMLParser::ReadText() {
     if (!close) {
       if (!AtLimit())
         return stMore;
+      ItemCut(ctSection);
       stop = end; // an unterminated section takes the rest
       break;
     }
     s = close;
   }
+  CheckLength(stop);
   if (!mixed) {
     GetEscaped(FText, p, stop);
   } else {
@@ -330,6 +415,7 @@ THtSAXXMLParser::TStep THtSAXXMLParser::SkipComment() {
     // The last two bytes stay: "-->" may straddle the refill.
     FBufStart = std::max(static_cast<int>(from - base), FBufEnd - 2);
     ReadBuf();
+    base = FBuf.get(); // a grown buffer shrinks back on a refill
     from = base;
   }
 }
@@ -357,6 +443,7 @@ THtSAXXMLParser::TStep THtSAXXMLParser::SkipDeclaration() {
     if (FEof)
       return stSkipped;
     ReadBuf();
+    base = FBuf.get();
     q = base;
   }
 }

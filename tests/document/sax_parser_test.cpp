@@ -319,6 +319,91 @@ TEST(SaxParser, TwoTextsInARowRaise) {
   EXPECT_EQ(Trace(doctype), "<a>1 </a>0");
 }
 
+TEST(SaxParser, CutItemsNeverPassSilently) {
+  // By default an item longer than the buffer is delivered as far as it goes;
+  // what follows the cut raises instead of passing for items of its own.
+  const size_t kB = THtSAXXMLParser::kBufferSize;
+  struct {
+    std::string xml, error;
+  } cases[] = {
+      // The tail of a start tag would read as text.
+      {"<r><a x=\"" + std::string(kB, 'v') + "\" y=\"1\">t</a></r>", "Incorrect XML at position 262147"},
+      // ... or as the end of an empty element.
+      {"<r><a x=" + std::string(kB, 'v') + "/></r>", "Incorrect XML at position 262147"},
+      {"<r></" + std::string(kB, 'n') + "></r>", "Incorrect XML at position 262147"},
+      // The rest of a CDATA section starting with markup.
+      {"<r><![CDATA[" + std::string(kB - 9, 'c') + "<b>x</b>]]></r>", "Incorrect XML at position 262147"},
+      // A text: the second text in a row.
+      {"<r>" + std::string(kB + 5, 't') + "</r>", "Incorrect XML at position 262147"},
+      // A tag whose cut falls just before its end is whole.
+      {"<r><a x=\"" + std::string(kB - 7, 'v') + "\"/>z</r>", "no error"},
+      {"<r><a x=\"" + std::string(kB - 7, 'v') + "\">z</a></r>", "no error"},
+      {"<r><a x=\"" + std::string(kB - 7, 'v') + "\"  \n >z</a></r>", "no error"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(ErrorOf([&] { Trace(c.xml); }), c.error) << c.xml.substr(0, 12);
+    EXPECT_EQ(ErrorOf([&] { TextOf(c.xml); }), c.error) << c.xml.substr(0, 12);
+  }
+  TStringStream s("<r><a x=\"" + std::string(kB - 7, 'v') + "\"/>z</r>");
+  THtSAXXMLParser sax(s, heUTF8);
+  ASSERT_TRUE(sax.Next() && sax.Next());
+  EXPECT_EQ(sax.GetAttr(u"x"_hs).size(), kB - 7);
+  ASSERT_TRUE(sax.Next());
+  EXPECT_EQ(sax.FLastEvent, seTagEnd);
+  EXPECT_EQ(sax.Level, 1);
+  ASSERT_TRUE(sax.Next());
+  EXPECT_EQ(sax.FText, u"z");
+}
+
+TEST(SaxParser, WholeItemModeGrowsTheBufferUpToItsCap) {
+  const size_t kB = THtSAXXMLParser::kBufferSize;
+  std::string text(3 * kB + 11, 't'), value(2 * kB, 'v');
+  std::string xml = "<r>" + text + "<a x=\"" + value + "&amp;\" y=\"2\">" + text + "</a><b/>tail</r>";
+  for (int64_t step : {int64_t(1) << 40, int64_t(4093)}) {
+    TTrickleStream t(xml, step);
+    THtSAXXMLParser sax(t, heUTF8);
+    sax.MaxItemSize = 4 * kB;
+    std::string trace = Trace(sax);
+    std::string want =
+        "<r>1 '" + text + "' <a x=" + value + "& y=2>2 '" + text + "' </a>1 <b>2 </b>1 'tail' </r>0";
+    EXPECT_EQ(trace, want) << step;
+    EXPECT_FALSE(sax.ItemTooLong());
+  }
+  TStringStream s(xml);
+  THtSAXXMLParser sax(s, heUTF8);
+  sax.MaxItemSize = 4 * kB;
+  TFastString fs;
+  sax.ExtractText(fs);
+  EXPECT_EQ(fs.GetAsString().size(), 2 * text.size() + 4);
+
+  // One byte over the cap: the item is not delivered, the error names its start.
+  struct {
+    std::string xml, error;
+  } over[] = {
+      {"<r>ok</r><r>" + std::string(2 * kB + 1, 't') + "</r>", "Incorrect XML at position 12"},
+      {"<r>ok</r><r x=\"" + std::string(2 * kB, 'v') + "\">", "Incorrect XML at position 9"},
+      {"<r>ok</r><r><![CDATA[" + std::string(2 * kB, 'c') + "]]></r>", "Incorrect XML at position 12"},
+  };
+  for (const auto& c : over) {
+    TStringStream o(c.xml);
+    THtSAXXMLParser cap(o, heUTF8);
+    cap.MaxItemSize = 2 * kB;
+    std::string events;
+    EXPECT_EQ(ErrorOf([&] {
+                while (cap.Next())
+                  events += cap.FLastEvent == seText ? "t" : "e";
+              }),
+              c.error);
+    EXPECT_TRUE(cap.ItemTooLong());
+    EXPECT_EQ(events.substr(0, 3), "ete");
+  }
+  // The same item fits exactly.
+  TStringStream fit("<r>" + std::string(2 * kB, 't') + "</r>");
+  THtSAXXMLParser exact(fit, heUTF8);
+  exact.MaxItemSize = 2 * kB;
+  EXPECT_EQ(ErrorOf([&] { Trace(exact); }), "no error");
+}
+
 TEST(SaxParser, TokensAcrossBufferRefills) {
   // Items of varying length, with a shifting lead, so that every kind of
   // token meets the buffer end somewhere; read in one piece and trickled.

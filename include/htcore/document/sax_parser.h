@@ -21,6 +21,16 @@
 // "Incorrect XML at position N" for two texts in a row, which happens when a
 // single text does not fit in the buffer. Comments and <!DOCTYPE ...> are
 // skipped; CDATA sections are part of the text around them, undecoded.
+//
+// Items longer than the buffer. By default the buffer stays at 256 KiB: a
+// text or a tag that does not fit is cut at the buffer end and delivered as
+// far as it goes, and the reader raises "Incorrect XML at position N" (N:
+// where the cut fell) when it meets the rest, so no cut item goes unnoticed
+// beyond the one event. A host that needs whole items sets MaxItemSize: the
+// buffer then grows for one item up to that many bytes and shrinks back
+// after it, and an item longer than that raises the error at its start
+// instead of being delivered; ItemTooLong() tells that case apart:
+//   sax.MaxItemSize = 64 << 20;   // texts and tags up to 64 MiB come whole
 #pragma once
 
 #include "htcore/document/attributes.h"
@@ -70,6 +80,12 @@ public:
   // out. AOnText (optional) gets FS at each block end and at the end.
   void ExtractText(TFastString& FS, const THtTextCallback& AOnText = nullptr);
 
+  // Whole-item mode when above kBufferSize: the largest text or tag, in bytes,
+  // the buffer may grow to hold. Set it before the first Next.
+  int64_t MaxItemSize = 0;
+  // The last "Incorrect XML" came from an item longer than MaxItemSize.
+  bool ItemTooLong() const noexcept { return FItemTooLong; }
+
   // Stream offset of the next unread byte, counted from where reading began.
   int64_t Position() const noexcept { return FBufPosition + FBufStart; }
   hstring GetAttr(const hstring& AttrName) const { return FAttributes.GetAttribute(AttrName); }
@@ -86,14 +102,26 @@ public:
 
 private:
   enum TStep { stEvent, stSkipped, stMore };
+  // What the full buffer cut last: a tag, or a text inside a comment or CDATA
+  // section. A plain text needs no mark: its rest is a second text in a row.
+  enum TCut { ctNone, ctTag, ctSection };
   struct TNameSlot;
 
   void Init();
   int ReadBuf();
   // A scan that meets the buffer end may stop there only when no more bytes
-  // can come: at the end of the stream, or with the whole buffer taken.
-  bool AtLimit() const noexcept { return FEof || (FBufStart == 0 && FBufEnd == kBufferSize); }
-  bool Fill();
+  // can come: at the end of the stream, or with the whole buffer taken and
+  // no room left to grow it.
+  bool AtLimit() const noexcept;
+  int GrowthCap() const noexcept;
+  // The item at FBufStart stops at the buffer end without the end of the
+  // stream: raised in whole-item mode, remembered otherwise.
+  void ItemCut(TCut AKind);
+  // Refuses an item longer than MaxItemSize that ends at stop.
+  void CheckLength(const uint8_t* stop);
+  [[noreturn]] void RefuseItem();
+  TStep AfterCut();
+  void Reserve(int ASize);
   TStep Step(bool AStore);
   TStep ReadStartTag(bool AStore);
   TStep ReadEndTag(bool AStore);
@@ -121,7 +149,10 @@ private:
   int FBufStart = 0;
   int FBufEnd = 0;
   int64_t FBufPosition = 0;
+  int FBufSize = kBufferSize; // grows above kBufferSize only for one long item
   bool FEof = false;
+  TCut FCut = ctNone;
+  bool FItemTooLong = false;
   bool FHeader = false; // ProcessEncoding has run
   bool FFirstTag = true;
   bool FAttrsUnsorted = false;
