@@ -57,9 +57,67 @@ TEST_F(CliData, XPathOverHtmlAndXml) {
   EXPECT_EQ(r.Out, "<b x=\"1\">t</b>\n<b x=\"2\"/>\n");
   r = run("xpath --xml - 'b[1]' --value", &xml);
   EXPECT_EQ(r.Out, "u\n");
-  r = run("xpath --xml - nothing", &xml);
+  // No match is a failure without a word, as for grep.
+  for (const char* args : {"xpath --xml - nothing", "xpath --xml - nothing --value", "xpath --xml - //@y --value"}) {
+    r = run(args, &xml);
+    EXPECT_EQ(r.Status, 1) << args;
+    EXPECT_EQ(r.Out, "") << args;
+    EXPECT_EQ(r.Err, "") << args;
+  }
+  // A match with an empty value is a match.
+  std::string empty = "<a><b x=\"\"/></a>";
+  r = run("xpath --xml - //b/@x --value", &empty);
   EXPECT_EQ(r.Status, 0);
-  EXPECT_EQ(r.Out, "");
+  EXPECT_EQ(r.Out, "\n");
+}
+
+TEST_F(CliData, XPathPrintsEachNodeOnceInDocumentOrder) {
+  std::string html = "<ul id=1><li>a</li><li>b<ol id=2><li>c</li><li>d</li></ol></li></ul><p>e</p>";
+  TRun r = run("xpath - '//li/..'", &html);
+  ASSERT_EQ(r.Status, 0) << r.Err;
+  EXPECT_EQ(r.Out, "<ul id=\"1\"><li>a</li><li>b<ol id=\"2\"><li>c</li><li>d</li></ol></li></ul>\n"
+                   "<ol id=\"2\"><li>c</li><li>d</li></ol>\n");
+  // A path that reaches every node many times over: each once, and the
+  // output stays the size of the document (it ran out of memory before).
+  std::string page = "<html><body>";
+  for (int i = 0; i < 300; ++i)
+    page += "<div><p>para <b>" + std::to_string(i) + "</b> <i>x</i></p><ul><li>1</li><li>2</li></ul></div>";
+  page += "</body></html>";
+  r = run("xpath - '//*/..//*/..//*/..'", &page);
+  ASSERT_EQ(r.Status, 0) << r.Err;
+  EXPECT_LT(r.Out.size(), 8 * page.size());
+  EXPECT_EQ(r.Out.rfind("<html><body><div>", 0), 0u) << r.Out.substr(0, 80);
+}
+
+TEST_F(CliData, MalformedPathsFail) {
+  const struct {
+    const char* path;
+    const char* error;
+  } rows[] = {
+      {"//a[", "htcore: '[' without ']' in the path: //a[\n"},
+      {"[[[", "htcore: '[' without ']' in the path: [[[\n"},
+      {"//a]", "htcore: ']' without '[' in the path: //a]\n"},
+      {"//a[@x='1]", "htcore: unterminated quote in the path: //a[@x='1]\n"},
+      {"//a[1][2]", "htcore: one [condition] per step: 'a[1][2]': //a[1][2]\n"},
+      {"//a[1]b", "htcore: text behind ']' in step 'a[1]b': //a[1]b\n"},
+      {"//[1]", "htcore: a step without a name in the path: //[1]\n"},
+      {"a//", "htcore: a step without a name in the path: a//\n"},
+      {"a/", "htcore: the path ends with '/': a/\n"},
+      {"/", "htcore: empty path: /\n"},
+  };
+  std::string html = "<a x='1'>t</a>";
+  for (const auto& row : rows) {
+    TRun r = run(std::string("xpath - ") + quote(row.path), &html);
+    EXPECT_EQ(r.Status, 1) << row.path;
+    EXPECT_EQ(r.Out, "") << row.path;
+    EXPECT_EQ(r.Err, row.error) << row.path;
+  }
+  // Quotes and brackets hide '/' and each other.
+  for (const char* path : {"//a[@x='/']", "//a[@x=\"]\"]/..", "/./a", "//a[b[1]]/..", "//a/text()"}) {
+    TRun r = run(std::string("xpath - ") + quote(path), &html);
+    EXPECT_EQ(r.Err, "") << path;
+    EXPECT_LE(r.Status, 1) << path;
+  }
 }
 
 TEST_F(CliData, StrictReadersFailWithOneLine) {

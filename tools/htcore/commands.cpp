@@ -59,7 +59,9 @@ const std::vector<Command>& Commands() {
       {"xpath", "xpath [--xml] [--value] FILE PATH",
        "matches of PATH as markup, or the first one's value (.xml/.svg/.rss: XML)", CmdXPath,
        "Runs the path query PATH over an HTML document (XML for .xml, .svg, .rss, .atom,\n"
-       ".xsl, .xslt or with --xml) and prints each match as compact markup, one a line.\n"
+       ".xsl, .xslt or with --xml) and prints each matching node once, in document order,\n"
+       "as compact markup, one a line. A malformed path is an error; no match is exit\n"
+       "status 1 with nothing printed, as for grep.\n"
        "\n"
        "options:\n"
        "  --xml      read FILE as XML whatever its name\n"
@@ -127,7 +129,7 @@ bool ReadInput(const char* name, std::string& bytes) {
 }
 
 TOutputError::TOutputError(int err)
-    : std::runtime_error(std::string("cannot write the output: ") + std::strerror(err)) {}
+    : FMessage(std::string("cannot write the output: ") + std::strerror(err)) {}
 
 void Emit(std::string_view text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size())

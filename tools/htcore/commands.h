@@ -6,7 +6,6 @@
 
 #include <cstdio>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,8 +39,15 @@ int FailUsage(std::string_view name, const std::string& reason = {});
 bool ReadInput(const char* name, std::string& bytes);
 
 // Raised by Emit when standard output cannot take the text; main reports it.
-struct TOutputError : std::runtime_error {
+// Not a std::exception, so that the commands' handlers for reader errors let
+// it through.
+class TOutputError {
+public:
   explicit TOutputError(int err);
+  const char* what() const noexcept { return FMessage.c_str(); }
+
+private:
+  std::string FMessage;
 };
 
 // Writes to standard output; raises TOutputError when that fails, so that a

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -108,6 +109,8 @@ int main(int argc, char** argv) {
     status = Dispatch(argc, argv);
   } catch (const htcore_cli::TOutputError& e) {
     return htcore_cli::Fail(e.what());
+  } catch (const std::bad_alloc&) {
+    return htcore_cli::Fail("out of memory");
   }
   // Output still buffered, or a failure a command did not see, must not end in
   // success: a full disk loses the document.
