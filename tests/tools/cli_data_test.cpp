@@ -58,7 +58,8 @@ TEST_F(CliData, XPathOverHtmlAndXml) {
   r = run("xpath --xml - 'b[1]' --value", &xml);
   EXPECT_EQ(r.Out, "u\n");
   // No match is a failure without a word, as for grep.
-  for (const char* args : {"xpath --xml - nothing", "xpath --xml - nothing --value", "xpath --xml - //@y --value"}) {
+  for (const char* args :
+       {"xpath --xml - nothing", "xpath --xml - nothing --value", "xpath --xml - //@y --value"}) {
     r = run(args, &xml);
     EXPECT_EQ(r.Status, 1) << args;
     EXPECT_EQ(r.Out, "") << args;
@@ -118,6 +119,58 @@ TEST_F(CliData, MalformedPathsFail) {
     EXPECT_EQ(r.Err, "") << path;
     EXPECT_LE(r.Status, 1) << path;
   }
+}
+
+TEST_F(CliData, OutputIsAlwaysAValidDocument) {
+  // Control characters in JSON strings are escaped; JSON has no raw form of them.
+  std::string xml = "<a x=\"\x01\x1F\">t\x0B</a>";
+  TRun r = run("xml tojson -", &xml);
+  ASSERT_EQ(r.Status, 0) << r.Err;
+  EXPECT_EQ(r.Out, "{\n\"x\":\"\\u0001\\u001F\"}\n");
+
+  // What the tree would drop silently is refused.
+  const struct {
+    std::string input, error;
+  } rows[] = {
+      {"<a>1</a><b>2</b>", "htcore: -: not one XML document: a second root element <b>\n"},
+      {"<a>1</a>tail", "htcore: -: not one XML document: text after the root element: 'tail'\n"},
+      {"lead<a>1</a>", "htcore: -: not one XML document: text before the root element: 'lead'\n"},
+      {"<a>1</a></a>", "htcore: -: not one XML document: an end tag </a> outside the root element\n"},
+      {"{\"a\": \"<b>\"}", "htcore: -: not one XML document: text before the root element: '{\"a\": \"'\n"},
+  };
+  for (const auto& row : rows)
+    for (const char* cmd : {"xml format -", "xml tojson -", "xpath --xml - a"}) {
+      TRun bad = run(cmd, &row.input);
+      EXPECT_EQ(bad.Status, 1) << cmd << " " << row.input;
+      EXPECT_EQ(bad.Out, "") << cmd;
+      EXPECT_EQ(bad.Err, row.error) << cmd;
+    }
+  // Comments, processing instructions and blanks around the root are fine.
+  std::string fine = "<?xml version=\"1.0\"?>\n<!-- c -->\n<!DOCTYPE a>\n<a>1</a>\n<!-- d -->\n";
+  r = run("xml format -", &fine);
+  EXPECT_EQ(r.Status, 0) << r.Err;
+
+  // The string length cap, named: 25000 levels indent past it.
+  std::string deep;
+  for (int i = 0; i < 25000; ++i)
+    deep += "<a>";
+  for (int i = 0; i < 25000; ++i)
+    deep += "</a>";
+  r = run("xml format -", &deep);
+  EXPECT_EQ(r.Status, 1);
+  EXPECT_EQ(r.Err, "htcore: -: the indented output of 25000 nested elements passes the string length limit "
+                   "of 1073741816 characters\n");
+  r = run("xml tojson -", &deep);
+  EXPECT_EQ(r.Status, 0) << r.Err;
+}
+
+TEST_F(CliData, JsonInUtf16) {
+  std::string json = "\xFE\xFF";
+  for (char c : std::string("{\"a\":\"b\"}"))
+    json += std::string{'\0', c};
+  TRun r = run("json toxml -", &json);
+  ASSERT_EQ(r.Status, 0) << r.Err;
+  EXPECT_NE(r.Out.find("a=\"b\""), std::string::npos) << r.Out;
 }
 
 TEST_F(CliData, StrictReadersFailWithOneLine) {

@@ -75,7 +75,7 @@ TEST_F(CliHelp, TopLevelHelpListsAnAlignedTable) {
     ASSERT_GE(rows.size(), 8u) << r.Out;
     for (const TRow& row : rows)
       EXPECT_EQ(row.Column, rows[0].Column) << row.Usage;
-    EXPECT_NE(r.Out.find("\n  xml text FILE|-  "), std::string::npos);
+    EXPECT_NE(r.Out.find("\n  xml text [--max-item MIB] FILE|-  "), std::string::npos);
   }
   // Without a command the usage goes to stderr, as a failure.
   TRun bare = run("");
@@ -105,12 +105,13 @@ TEST_F(CliHelp, EveryCommandHasHelpWithUsageAndExample) {
 TEST_F(CliHelp, GroupsNameTheirTwoWordCommands) {
   TRun r = run("xml --help");
   ASSERT_EQ(r.Status, 0);
-  EXPECT_NE(r.Out.find("see also:\n  htcore xml text FILE|-\n"), std::string::npos) << r.Out;
+  EXPECT_NE(r.Out.find("see also:\n  htcore xml text [--max-item MIB] FILE|-\n"), std::string::npos) << r.Out;
   // A wrong call of the group lists every form of it.
   TRun bad = run("xml");
   EXPECT_EQ(bad.Status, 1);
   EXPECT_EQ(bad.Out, "");
-  EXPECT_EQ(bad.Err, "htcore: usage: htcore xml text FILE|- or htcore xml format|tojson FILE|-\n");
+  EXPECT_EQ(bad.Err,
+            "htcore: usage: htcore xml text [--max-item MIB] FILE|- or htcore xml format|tojson FILE|-\n");
   TRun unknown = run("help no-such-command");
   EXPECT_EQ(unknown.Status, 1);
   EXPECT_NE(unknown.Err.find("htcore: unknown command 'no-such-command'"), std::string::npos);

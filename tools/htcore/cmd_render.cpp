@@ -17,13 +17,6 @@ namespace htcore_cli {
 
 namespace {
 
-ht::hstring FromUtf8Bytes(const std::string& bytes) {
-  std::string_view v(bytes);
-  if (v.substr(0, 3) == "\xEF\xBB\xBF")
-    v.remove_prefix(3);
-  return ht::Utf8ToHString(v);
-}
-
 bool EndsWith(const std::string& s, const char* tail) {
   size_t n = std::strlen(tail);
   if (s.size() < n)
@@ -76,7 +69,7 @@ int CmdRender(int argc, char** argv) {
   std::string tpl_bytes, data_bytes;
   if (!ReadInput(files[0].c_str(), tpl_bytes) || !ReadInput(files[1].c_str(), data_bytes))
     return 1;
-  ht::hstring data_text = FromUtf8Bytes(data_bytes);
+  ht::hstring data_text = TextOfBytes(data_bytes);
   std::unique_ptr<ht::THtXMLNode> data;
   try {
     if (LooksLikeJson(files[1], data_text))
@@ -93,7 +86,7 @@ int CmdRender(int argc, char** argv) {
   std::error_code ec;
   std::filesystem::path dir = std::filesystem::absolute(files[0], ec).parent_path();
   t.IncludeBase = ht::Utf8ToHString(dir.string());
-  t.Parse(FromUtf8Bytes(tpl_bytes));
+  t.Parse(TextOfBytes(tpl_bytes));
   if (!vars.empty())
     t.SetOnGetVar([&vars](ht::THtTemplateContext&, const ht::hstring& Name, ht::hstring& Value) {
       for (const auto& [name, value] : vars)

@@ -16,16 +16,9 @@ namespace {
 ht::hstring DecodeHtml(const std::string& bytes) {
   if (bytes.size() >= 3 && bytes.compare(0, 3, "\xEF\xBB\xBF") == 0)
     return ht::Utf8ToHString(std::string_view(bytes).substr(3));
-  if (bytes.size() >= 2 && static_cast<unsigned char>(bytes[0]) == 0xFF &&
-      static_cast<unsigned char>(bytes[1]) == 0xFE) {
-    ht::hstring s;
-    size_t units = (bytes.size() - 2) / 2;
-    char16_t* d = s.SetLength(units);
-    for (size_t i = 0; i < units; ++i)
-      d[i] = static_cast<char16_t>(static_cast<unsigned char>(bytes[2 + 2 * i]) |
-                                   static_cast<unsigned char>(bytes[3 + 2 * i]) << 8);
-    return s;
-  }
+  size_t mark;
+  if (TUtf16Order order = Utf16Order(bytes, mark); order != uoNone)
+    return Utf16Text(std::string_view(bytes).substr(mark), order);
   int len = static_cast<int>(bytes.size());
   int cp = ht::GetHTMLEncoding(bytes.data(), len);
   if (cp == 65001 || (cp == 0 && ht::IsUTF8Bytes(bytes.data(), len)))

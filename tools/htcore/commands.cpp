@@ -38,21 +38,37 @@ const std::vector<Command>& Commands() {
        "\n"
        "example:\n"
        "  htcore html text page.html\n"},
-      {"xml text", "xml text FILE|-", "the text of an XML document of any size (UTF-8)", CmdXmlText,
-       "Streams the text of an XML document through the SAX reader in constant memory.\n"
-       "Without a byte-order mark or an encoding declaration the input is UTF-8.\n"
+      {"xml text", "xml text [--max-item MIB] FILE|-", "the text of an XML document of any size (UTF-8)",
+       CmdXmlText,
+       "Streams the text of an XML document through the SAX reader, in memory bounded by\n"
+       "the longest text or tag, not by the document. Without a byte-order mark or an\n"
+       "encoding declaration the input is UTF-8; UTF-16 of either byte order is read by its\n"
+       "mark (or by a first '<' of two bytes). Error positions count bytes of the input as\n"
+       "UTF-8.\n"
+       "\n"
+       "options:\n"
+       "  --max-item MIB   the longest text or tag, in MiB (default 64); a longer one is an\n"
+       "                   error, never a piece of it\n"
        "\n"
        "example:\n"
        "  htcore xml text big.xml\n"},
       {"xml", "xml format|tojson FILE|-", "XML as indented XML or as JSON (UTF-8)", CmdXml,
        "Reads strict XML (a byte-order mark, the declaration or the bytes decide the\n"
-       "encoding) and prints it as indented XML or as JSON.\n"
+       "encoding; UTF-16 in either byte order) and prints it as indented XML or as JSON.\n"
+       "Text or elements around the root element are an error (the tree holds one root);\n"
+       "comments and the document type are not kept.\n"
+       "\n"
+       "The JSON form is lossy by design: an element becomes an object of its attributes\n"
+       "and child elements, its text is left out (also in mixed content), repeated child\n"
+       "names give repeated keys, every value is a string, and LF and CR in values are\n"
+       "written as \\r and \\n.\n"
        "\n"
        "example:\n"
        "  htcore xml tojson settings.xml\n"},
       {"json", "json toxml FILE|-", "JSON as indented XML (UTF-8)", CmdJson,
-       "Reads JSON and prints it as indented XML: scalars become attributes, objects and\n"
-       "arrays child elements, array items <value> elements.\n"
+       "Reads JSON (UTF-8, or UTF-16 by its byte-order mark) and prints it as indented XML:\n"
+       "scalars become attributes, objects and arrays child elements, array items <value>\n"
+       "elements.\n"
        "\n"
        "example:\n"
        "  htcore json toxml settings.json\n"},

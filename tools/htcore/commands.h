@@ -4,6 +4,9 @@
 // rows, so a new command gets its help by filling the row.
 #pragma once
 
+#include "htcore/foundation/hstring.h"
+#include "htcore/foundation/stream.h"
+
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -67,9 +70,43 @@ int Fail(const std::string& message);
 // True for "--help" and "-h".
 bool IsHelpOption(const char* arg);
 
-// XML bytes (BOM, declaration or the bytes decide the encoding) into a tree;
-// raises the reader's exceptions.
+// XML bytes (BOM, declaration or the bytes decide the encoding; UTF-16 in
+// either byte order) into a tree; raises the reader's exceptions, and a
+// std::runtime_error naming what the tree would drop silently (text or a
+// second element around the root).
 std::unique_ptr<ht::THtXMLNode> ReadXml(const std::string& bytes);
+
+// UTF-16 input by its byte-order mark, or by a first unit below 0x80 (as '<'
+// is) without one; mark is set to the length of the mark. UTF-32 marks raise
+// std::runtime_error.
+enum TUtf16Order { uoNone, uoBig, uoLittle };
+TUtf16Order Utf16Order(std::string_view head, size_t& mark);
+// UTF-16 bytes in the given order (without their mark) as text.
+ht::hstring Utf16Text(std::string_view bytes, TUtf16Order order);
+// Text bytes of a data file: UTF-16 by Utf16Order, otherwise UTF-8 with an
+// optional mark.
+ht::hstring TextOfBytes(std::string_view bytes);
+
+// A stream of UTF-8 over a source in UTF-16 of either order (by Utf16Order)
+// or already in UTF-8 or another 8-bit encoding, which passes as it is; for
+// readers that scan bytes.
+class TUtf8Stream : public ht::TStream {
+public:
+  explicit TUtf8Stream(ht::TStream& source);
+  TUtf16Order Order() const noexcept { return FOrder; }
+  int64_t Read(void* buffer, int64_t count) override;
+  int64_t Write(const void*, int64_t) override { return 0; }
+  int64_t Seek(int64_t, ht::TSeekOrigin) override { return 0; }
+
+private:
+  void Refill();
+  ht::TStream& FSource;
+  TUtf16Order FOrder = uoNone;
+  std::string FRaw; // UTF-16 bytes not yet converted
+  std::string FOut; // UTF-8 bytes not yet delivered, from FAt
+  size_t FAt = 0;
+  bool FEnd = false;
+};
 
 int CmdVersion(int argc, char** argv);
 int CmdTokens(int argc, char** argv);

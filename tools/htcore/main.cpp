@@ -111,6 +111,8 @@ int main(int argc, char** argv) {
     return htcore_cli::Fail(e.what());
   } catch (const std::bad_alloc&) {
     return htcore_cli::Fail("out of memory");
+  } catch (const std::exception& e) {
+    return htcore_cli::Fail(e.what());
   }
   // Output still buffered, or a failure a command did not see, must not end in
   // success: a full disk loses the document.
