@@ -9,6 +9,7 @@
 #include <iterator>
 #include <string>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace clirun {
 
@@ -53,8 +54,9 @@ inline std::string limited(const std::string& command) {
 
 // Runs `tool ARGS`, with Stdin piped in when given.
 inline TRun run(const std::string& args, const std::string* stdin_text = nullptr) {
-  std::string dir = ::testing::TempDir();
-  std::string out = dir + "htcore_cli_out", err = dir + "htcore_cli_err", in = dir + "htcore_cli_in";
+  // Named by process: test programs of several builds may run at once.
+  std::string dir = ::testing::TempDir() + "htcore_cli_" + std::to_string(getpid());
+  std::string out = dir + "_out", err = dir + "_err", in = dir + "_in";
   std::string cmd = limited(quote(tool()) + " " + args);
   if (stdin_text) {
     std::ofstream(in, std::ios::binary) << *stdin_text;
