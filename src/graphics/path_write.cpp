@@ -91,7 +91,11 @@ private:
 
 }  // namespace
 
-hstring THtCustomPath::AsString() const {
+hstring THtCustomPath::AsString() const { return Write(false); }
+
+hstring THtCustomPath::AsAbsoluteString() const { return Write(true); }
+
+hstring THtCustomPath::Write(bool Absolute) const {
   if (FCount == 0)
     return hstring();
   THtSVGWriter w(4096);
@@ -109,7 +113,7 @@ hstring THtCustomPath::AsString() const {
     case prLineTo:
       if (i == FCount - 1 && r.Point == subStart && p)
         out.Close();
-      else if (!Joins(p))
+      else if (Absolute || !Joins(p))
         out.LineAbs(r.Point);
       else
         out.LineRel(r.Point);
@@ -117,7 +121,7 @@ hstring THtCustomPath::AsString() const {
     case prCurveTo:
       if (r.Points.size() < 3)
         break;
-      if (!Joins(p))
+      if (Absolute || !Joins(p))
         out.CurveAbs(r.Points);
       else
         out.CurveRel(r.Points);
@@ -148,7 +152,7 @@ hstring THtCustomPath::AsString() const {
       break;
     case prPolyline:
       for (size_t k = 0; k < r.Points.size(); ++k)
-        k == 0 ? out.LineAbs(r.Points[k]) : out.LineRel(r.Points[k]);
+        k == 0 || Absolute ? out.LineAbs(r.Points[k]) : out.LineRel(r.Points[k]);
       break;
     case prStartFigure:
       break;

@@ -100,6 +100,24 @@ const std::vector<Command>& Commands() {
        "\n"
        "example:\n"
        "  htcore css selectors bootstrap.css\n"},
+      {"path", "path normalize|bounds|flatten [--tolerance T] DATA|-",
+       "SVG path data made absolute, its bounds, or flattened to lines", CmdPath,
+       "Reads SVG path data (DATA '-' reads standard input) and writes it back with absolute\n"
+       "coordinates only (M, L, C, Q, A, z), its bounds as left top right bottom (control\n"
+       "points included), or flattened to moves, lines and closes. Stray characters are\n"
+       "skipped and malformed numbers read as 0; a letter that is no path command is an error.\n"
+       "\n"
+       "modes:\n"
+       "  normalize  the path data again, absolute coordinates only\n"
+       "  bounds     left top right bottom\n"
+       "  flatten    moves, lines and closes\n"
+       "\n"
+       "options:\n"
+       "  --tolerance T  resolution of flatten (default 1): larger values give more segments;\n"
+       "                 a cubic takes 3 to 10 lines, an arc steps at most 10 degrees\n"
+       "\n"
+       "example:\n"
+       "  htcore path flatten --tolerance 2 'M0 0 C 10 20 30 20 40 0'\n"},
   };
   return list;
 }

@@ -123,4 +123,7 @@ int CmdXPath(int argc, char** argv);
 // css format|minify|dark|selectors FILE|-
 int CmdCss(int argc, char** argv);
 
+// path normalize|bounds|flatten [--tolerance T] 'PATH DATA'|-
+int CmdPath(int argc, char** argv);
+
 } // namespace htcore_cli

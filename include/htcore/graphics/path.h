@@ -149,6 +149,8 @@ public:
   void AddEllipse(float X, float Y, float w, float h) override;
   bool Empty() const override { return FCount == 0; }
   hstring AsString() const override;
+  // The same data with absolute coordinates only (M, L, C, Q, A, z).
+  hstring AsAbsoluteString() const;
   // Ray cast over the flattened outline: even-odd, or non-zero winding when
   // FFillModeWindings is set. Needs two records and the point in the bounds.
   virtual bool ContainsPoint(float x, float y) const;
@@ -175,6 +177,9 @@ public:
 
 protected:
   TPointF CurrentPoint() const override { return LastPoint(); }
+
+private:
+  hstring Write(bool Absolute) const;
 };
 
 // The points of an arc record: centre, radii and the ends as circle
