@@ -57,3 +57,16 @@ if [ "$n" -eq 0 ]; then
   exit 1
 fi
 ls -l "$out"
+
+# SVG path data for path_bench: the icons of @mdi/svg (Apache-2.0) from the npm
+# registry, one path a line. Skipped when npm or the registry is not there.
+if command -v npm >/dev/null 2>&1; then
+  tmp=$(mktemp -d)
+  if (cd "$tmp" && npm pack --silent @mdi/svg@7.4.47 >/dev/null 2>&1 && tar xzf mdi-svg-7.4.47.tgz); then
+    grep -ho ' d="[^"]*"' "$tmp"/package/svg/*.svg | sed 's/^ d="//; s/"$//' >"$out/icon-paths.txt"
+    echo "icon-paths.txt: $(wc -l <"$out/icon-paths.txt") paths"
+  else
+    echo "npm pack @mdi/svg failed: path_bench uses generated paths" >&2
+  fi
+  rm -rf "$tmp"
+fi

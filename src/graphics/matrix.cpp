@@ -14,6 +14,19 @@ constexpr double kDegToRad = std::numbers::pi / 180.0;
 
 void AddNum(TFastString& fs, float v) { fs.Add(static_cast<double>(v), 4, true); }
 
+// "translate(dx,dy)", with "px" units for CSS.
+void AddTranslate(TFastString& fs, float dx, float dy, bool UsePX) {
+  fs.Add(u"translate(");
+  AddNum(fs, dx);
+  if (UsePX)
+    fs.AddChar(u'p').AddChar(u'x');
+  fs.AddChar(u',');
+  AddNum(fs, dy);
+  if (UsePX)
+    fs.AddChar(u'p').AddChar(u'x');
+  fs.AddChar(u')');
+}
+
 void AddList(TFastString& fs, std::initializer_list<float> values) {
   bool first = true;
   for (float v : values) {
@@ -246,11 +259,7 @@ hstring THtMatrixData::AsString(bool UsePX) const {
     return fs.GetAsString();
   }
   if (moved) {
-    fs.Add(u"translate(");
-    AddNum(fs, dx);
-    fs.Add(UsePX ? u"px," : u",");
-    AddNum(fs, dy);
-    fs.Add(UsePX ? u"px)" : u")");
+    AddTranslate(fs, dx, dy, UsePX);
   }
   if (Flags == mfScale || Flags == mfNegativeScale) {
     fs.Add(u" scale(");
@@ -284,11 +293,8 @@ hstring THtCustomMatrix::AsString(bool UsePX) const {
     return fs.GetAsString();
   }
   if (m.dx != 0 || m.dy != 0) {
-    fs.Add(u" translate(");
-    AddNum(fs, m.dx);
-    fs.Add(UsePX ? u"px," : u",");
-    AddNum(fs, m.dy);
-    fs.Add(UsePX ? u"px)" : u")");
+    fs.AddChar(u' ');
+    AddTranslate(fs, m.dx, m.dy, UsePX);
   }
   if (m.m11 != 1 || m.m22 != 1) {
     fs.Add(u" scale(");
