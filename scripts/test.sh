@@ -25,3 +25,8 @@ PKG_CONFIG_PATH="$stage/lib/pkgconfig" c++ -o "$build/consumer/consumer_pc" test
   $(PKG_CONFIG_PATH="$stage/lib/pkgconfig" pkg-config --cflags --libs htcore)
 LD_LIBRARY_PATH="$stage/lib" "$build/consumer/consumer_pc"
 echo "consumer: find_package and pkg-config builds ran"
+# The example host canvas builds against the installed package too.
+cmake -S examples/canvas -B "$build/canvas_example" -G Ninja -DCMAKE_PREFIX_PATH="$stage" >/dev/null
+cmake --build "$build/canvas_example" >/dev/null
+LD_LIBRARY_PATH="$stage/lib" "$build/canvas_example/ascii_canvas" >/dev/null
+echo "canvas example: built and ran"

@@ -83,10 +83,8 @@ THtPathRec& THtCustomPath::Add(THtPathRecKind Kind) {
   return r;
 }
 
-void THtCustomPath::Clear() {
-  FRecs.clear();
-  FCount = 0;
-}
+// The records stay allocated: a path cleared and refilled reuses their point arrays.
+void THtCustomPath::Clear() { FCount = 0; }
 
 THtPath* THtCustomPath::Clone() const {
   auto* p = new THtCustomPath(false);
