@@ -6,6 +6,7 @@
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <fstream>
 #include <initializer_list>
 #include <map>
@@ -84,6 +85,15 @@ public:
 
   // "run/input" -> first peer's time / the run's time.
   const std::map<std::string, double>& Ratios() const noexcept { return FRatios; }
+
+  // The ratios under a title line, when there are any.
+  void PrintRatios() const {
+    if (FRatios.empty())
+      return;
+    std::printf("\n%s time / htcore time (above 1: htcore faster)\n", FPeers.front().c_str());
+    for (const auto& [key, ratio] : FRatios)
+      std::printf("  %-40s %.2f\n", key.c_str(), ratio);
+  }
 
 private:
   std::vector<std::string> FPeers;

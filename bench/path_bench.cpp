@@ -240,10 +240,6 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
-  if (!g_timer.Ratios().empty()) {
-    std::printf("\ncairo time / htcore time (above 1: htcore faster)\n");
-    for (const auto& [key, ratio] : g_timer.Ratios())
-      std::printf("  %-40s %.2f\n", key.c_str(), ratio);
-  }
+  g_timer.PrintRatios();
   return 0;
 }

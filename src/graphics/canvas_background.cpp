@@ -14,6 +14,29 @@ constexpr double kMaxTiles = 1 << 20;
 
 int Pixels(TMeasure m) { return m.GetPixels(); }
 
+// One axis of a background position: centre, the far edge (Far) or a length
+// (set, without the near edge flag Near) moves the start, or, on an axis that
+// shifts, sets the negative shift of the tiling's origin.
+void Position(const TMeasure& m, TMeasureFlag Far, TMeasureFlag Near, bool Shift, float box, float size,
+              float& start, float& shift) {
+  if (m.Flags.Contains(mfCenter)) {
+    if (Shift)
+      shift = -(box - start - size) / 2;
+    else
+      start = start + (box - start - size) / 2;
+  } else if (m.Flags.Contains(Far)) {
+    if (Shift)
+      shift = -(box - size);
+    else
+      start = box - size;
+  } else if (m.Flags.Contains(mfNotAuto) && !m.Flags.Contains(Near)) {
+    if (Shift)
+      shift = static_cast<float>(-Pixels(m));
+    else
+      start += static_cast<float>(Pixels(m));
+  }
+}
+
 }  // namespace
 
 void THtCanvas::DrawImage(THtImage& Image, const TRectF& R, float Opacity) {
@@ -82,40 +105,8 @@ void THtCanvas::FillImage(const TRectF& R, THtImage& Image, float OriginDeltaX, 
   // Position: the repeating axes shift the tiling's origin, the others move the start.
   float px = 0, py = 0;
   bool shiftX = rep == brRepeat || rep == brRepeatX, shiftY = rep == brRepeat || rep == brRepeatX;
-  const TMeasure& mx = Background.PositionX;
-  if (mx.Flags.Contains(mfCenter)) {
-    if (shiftX)
-      px = -(boxW - left - W) / 2;
-    else
-      left = left + (boxW - left - W) / 2;
-  } else if (mx.Flags.Contains(mfRight)) {
-    if (shiftX)
-      px = -(boxW - W);
-    else
-      left = boxW - W;
-  } else if (mx.Flags.Contains(mfNotAuto) && !mx.Flags.Contains(mfLeft)) {
-    if (shiftX)
-      px = static_cast<float>(-Pixels(mx));
-    else
-      left += static_cast<float>(Pixels(mx));
-  }
-  const TMeasure& my = Background.PositionY;
-  if (my.Flags.Contains(mfCenter)) {
-    if (shiftY)
-      py = -(boxH - top - H) / 2;
-    else
-      top = top + (boxH - top - H) / 2;
-  } else if (my.Flags.Contains(mfBottom)) {
-    if (shiftY)
-      py = -(boxH - H);
-    else
-      top = boxH - H;
-  } else if (my.Flags.Contains(mfNotAuto) && !my.Flags.Contains(mfTop)) {
-    if (shiftY)
-      py = static_cast<float>(-Pixels(my));
-    else
-      top += static_cast<float>(Pixels(my));
-  }
+  Position(Background.PositionX, mfRight, mfLeft, shiftX, boxW, W, left, px);
+  Position(Background.PositionY, mfBottom, mfTop, shiftY, boxH, H, top, py);
   if (rep == brRepeatX)
     top -= py;
 
