@@ -7,6 +7,8 @@
 //   cmake --build build-example && build-example/ascii_canvas
 #include <htcore/graphics/canvas.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <string>
 #include <vector>
