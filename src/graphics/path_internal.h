@@ -34,6 +34,12 @@ inline TPointF ArcPoint(const THtArcParams& a, double t) {
   return {static_cast<float>(a.CX + a.RX * std::cos(t)), static_cast<float>(a.CY + a.RY * std::sin(t))};
 }
 
+// A whole ellipse record as one full turn of arc from angle 0.
+inline THtArcParams EllipseArc(const THtPathRec& r) {
+  return {r.Points[0].X + r.Points[1].X / 2.0, r.Points[0].Y + r.Points[1].Y / 2.0, r.Points[1].X / 2.0,
+          r.Points[1].Y / 2.0, 0, kTwoPi};
+}
+
 inline TPointF ArcEnd(const THtPathRec& r) {
   THtArcParams a = ArcParams(r);
   return ArcPoint(a, a.Start + a.Sweep);

@@ -142,8 +142,7 @@ void THtCustomPath::Flatten(float Tolerance, THtCustomPath& Res) const {
       f.Arc(ArcParams(r), first);
       break;
     case prEllipse: {
-      THtArcParams a{r.Points[0].X + r.Points[1].X / 2.0, r.Points[0].Y + r.Points[1].Y / 2.0,
-                     r.Points[1].X / 2.0, r.Points[1].Y / 2.0, 0, detail::kTwoPi};
+      THtArcParams a = detail::EllipseArc(r);
       f.Arc(a, true);
       f.Close();
       first = true;

@@ -134,8 +134,7 @@ hstring THtCustomPath::Write(bool Absolute) const {
       break;
     }
     case prEllipse: {
-      THtArcParams a{r.Points[0].X + r.Points[1].X / 2.0, r.Points[0].Y + r.Points[1].Y / 2.0,
-                     r.Points[1].X / 2.0, r.Points[1].Y / 2.0, 0, detail::kTwoPi};
+      THtArcParams a = detail::EllipseArc(r);
       out.Arc(a, true);
       out.Close();
       break;
