@@ -298,6 +298,12 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
           result = tr->InternalParse(HP);
           --HP.FStackLevel;
           handled = true;
+        } else if ((kTableSections & Bit(self.Id)) && tag.Id == tiP && HP.FStackLevel >= kMaxDepth) {
+          // The row made below has no activation of its own, so the depth
+          // limit would hand the item straight back to this table, again and
+          // again: here the limit applies to the table itself.
+          HP.RepeatCurrent = true;
+          return FParent;
         } else if ((kTableSections & Bit(self.Id)) && tag.Id == tiP) {
           // The inner element is a td by class and a tr by name; readers of
           // such trees rely on this shape.
@@ -315,6 +321,10 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
           HP.RepeatCurrent = true;
           result = inner->InternalParse(HP);
           --HP.FStackLevel;
+          // Closing the inner element offers the item to the row, which has no
+          // activation: this table takes it, as for the row itself.
+          if (result == inner)
+            result = tr;
           handled = true;
         } else {
           THtNode* r = nullptr;
@@ -336,7 +346,13 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
               HP.RepeatCurrent = true;
               result = cell->InternalParse(HP);
               --HP.FStackLevel;
-              continue; // no result rule here
+              // No result rule here: the row takes the item again, unless the
+              // row itself is to close (the depth limit in the cell says so),
+              // which would send the item back into the same cell forever.
+              if (result != this)
+                continue;
+              AfterParse();
+              return result;
             }
           } else {
             r = CheckTagOrder(HP.Tag, limit);

@@ -3,6 +3,7 @@
 #include "htcore/document/html_parser.h"
 
 #include <gtest/gtest.h>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -67,6 +68,9 @@ TEST(HtmlBuilder, TableRepairs) {
       // A p in a table: a row, and in it a cell named tr.
       {"<table><p>x", "body(table(tr(tr(p(\"x\")))))"},
       {"<table><tbody><p>x</tbody></table>", "body(table(tbody(tr(tr(p(\"x\"))))))"},
+      // The repair's inner element closes by a row; the table takes the rest.
+      {"<table><p></p><tr><td>y</table>z", "body(table(tr(tr),tr(td(\"y\"))),p,\"z\")"},
+      {"<div><table><p></p><tr>y</table>z</div>w", "body(div(table(tr(tr),tr(\"y\")),p,\"z\"),\"w\")"},
       // Content ending inside a table moves behind it.
       {"<table><div>x</div></table>", "body(table,div(\"x\"))"},
       {"<table><tr><b>x</b></tr></table>", "body(table(tr),b(\"x\"))"}, // a row takes no b
@@ -242,6 +246,55 @@ TEST(HtmlBuilder, HostileInputsFinish) {
     for (THtNode* n = &doc; n; n = n->NextNode())
       ++count;
     EXPECT_GE(count, c.min_nodes) << c.html.substr(0, 40);
+  }
+}
+
+// Counts activations and gives up past a bound, so that a repair loop fails
+// the test at once instead of filling memory or hanging.
+class TBounded : public THtmlNode {
+  HT_NODE_CLASS(TBounded)
+public:
+  static long& Budget() {
+    static long budget = 0;
+    return budget;
+  }
+  THtNode* InternalParse(THtmlParser& HP) override {
+    if (--Budget() < 0)
+      throw std::runtime_error("runaway parse");
+    return THtmlNode::InternalParse(HP);
+  }
+};
+
+TEST(HtmlBuilder, RepairsAtTheDepthLimitEnd) {
+  auto nested = [](int n, const std::string& tail) {
+    std::string s;
+    for (int i = 0; i < n; ++i)
+      s += "<div>";
+    return s + tail;
+  };
+  std::string repeated;
+  for (int i = 0; i < 86; ++i)
+    repeated += "<table><p>";
+  const std::string cases[] = {
+      repeated,
+      nested(254, "<table><p>x"),
+      nested(254, "<table><tbody><p>x"),
+      nested(254, "<table><thead><p>x"),
+      nested(255, "<table><p>x"),
+      nested(253, "<table><b></b><p>x"),
+      nested(253, "<table><tr><td></td><p>x"), // into the last cell of a row
+      nested(253, "<table><tr><th></th><div>x"),
+      nested(252, "<table><tr><td></td><b></b><p>x"),
+      nested(251, "<table><p><b></b></p><tr>x"),
+  };
+  for (const std::string& html : cases) {
+    TBounded doc;
+    TBounded::Budget() = 100 * static_cast<long>(html.size());
+    ASSERT_NO_THROW(doc.Parse(hstring::FromUtf8(html))) << html.substr(html.size() - 30);
+    EXPECT_EQ(CheckTree(&doc), "");
+    if (html.back() == 'x') {
+      EXPECT_EQ(doc.TextContent(), u"x") << html.substr(html.size() - 30);
+    }
   }
 }
 
