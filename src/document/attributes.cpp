@@ -113,6 +113,82 @@ void THtAttributes::Delete(int Index) {
   List[Count] = THtAttribute();
 }
 
+void THtAttributeBatch::MoveTo(THtAttributes& Target) {
+  const bool cs = Target.CaseSensitive;
+  // A few attributes, as most tags have, go in one by one.
+  if (FItems.size() <= 16) {
+    for (const TItem& it : FItems) {
+      int i;
+      if (!Target.Find(it.Name, i))
+        i = Target.InsertAt(i, it.Name, it.Value);
+      else if (it.Rule == abReplace)
+        Target.List[static_cast<size_t>(i)].Value = it.Value;
+      else
+        continue;
+      if (it.KeepName && !cs)
+        Target.List[static_cast<size_t>(i)].Name = it.Name;
+    }
+    FItems.clear();
+    return;
+  }
+  // The stored names decide the order, as they would one by one.
+  if (!cs)
+    for (TItem& it : FItems)
+      if (!it.KeepName)
+        hLower(it.Name);
+  // Target's entries first (indexes below n0), then the batch in its order;
+  // a stable order within a name keeps the earlier entries ahead.
+  const uint32_t n0 = static_cast<uint32_t>(Target.Count);
+  const uint32_t total = n0 + static_cast<uint32_t>(FItems.size());
+  auto name_of = [&](uint32_t k) -> const hstring& {
+    return k < n0 ? Target.List[k].Name : FItems[k - n0].Name;
+  };
+  FKeys.resize(total);
+  for (uint32_t k = 0; k < total; ++k) {
+    const hstring& name = name_of(k);
+    FKeys[k] = {name.c_str(), static_cast<uint32_t>(name.size()), k};
+  }
+  std::sort(FKeys.begin(), FKeys.end(), [cs, n0](const TKey& x, const TKey& y) {
+    if (!x.Len || !y.Len) {
+      // An empty name never matches and each new one goes in front.
+      if (!x.Len != !y.Len)
+        return !x.Len;
+      if ((x.Index < n0) != (y.Index < n0))
+        return x.Index >= n0;
+      return x.Index < n0 ? x.Index < y.Index : x.Index > y.Index;
+    }
+    int c = x.Name == y.Name ? 0 : compare_units(x.Name, x.Len, y.Name, y.Len, !cs);
+    return c < 0 || (c == 0 && x.Index < y.Index);
+  });
+  std::vector<THtAttribute> out;
+  out.reserve(total);
+  const TKey* last = nullptr; // of the entry out.back() came from
+  for (const TKey& key : FKeys) {
+    uint32_t k = key.Index;
+    bool same = last && key.Len && compare_units(last->Name, last->Len, key.Name, key.Len, !cs) == 0;
+    if (k < n0) {
+      out.push_back(std::move(Target.List[k])); // the set's names are distinct
+      last = &key;
+      continue;
+    }
+    TItem& it = FItems[k - n0];
+    if (!same) {
+      out.push_back({std::move(it.Name), std::move(it.Value)});
+      last = &key;
+    } else if (it.Rule == abReplace) {
+      out.back().Value = std::move(it.Value);
+      if (it.KeepName && !cs) {
+        out.back().Name = std::move(it.Name);
+        last = &key; // the former spelling may be gone
+      }
+    }
+  }
+  Target.List.resize(std::max(Target.List.size(), out.size()));
+  std::move(out.begin(), out.end(), Target.List.begin());
+  Target.Count = static_cast<int>(out.size());
+  FItems.clear();
+}
+
 void THtAttributes::Assign(const THtAttributes& Source) {
   if (&Source == this)
     return;

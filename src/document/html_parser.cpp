@@ -109,6 +109,7 @@ bool THtmlParser::NextItem() {
     return !T.Eof;
   }
   T.NextToken(true);
+  FTagAttributes.Clear();
   if (Attributes) {
     Attributes->Clear();
     Attributes->CaseSensitive = FCaseSensitive;
@@ -192,6 +193,8 @@ bool THtmlParser::NextItem() {
       break;
     }
   }
+  if (!FTagAttributes.Empty())
+    FTagAttributes.MoveTo(*Attributes);
 
   if (!FXMLMode && !TagClosed && !IsCloseTag) {
     bool script = equals_ignore_case(Tag.view(), u"script");
@@ -234,18 +237,10 @@ void THtmlParser::ReadAttribute() {
 
   if (!Attributes)
     Attributes = std::make_unique<THtAttributes>(FCaseSensitive);
-  auto restore_case = [&] {
-    if (keep_case && !Attributes->CaseSensitive) {
-      int i = Attributes->Indexof(FAttrname);
-      if (i >= 0)
-        Attributes->List[i].Name = FAttrname;
-    }
-  };
 
   if (T.Eof || T.TokenType != htEq) {
     // A bare attribute replaces an earlier one of the same name.
-    Attributes->SetAttribute(FAttrname, FAttrname);
-    restore_case();
+    FTagAttributes.Add(FAttrname, FAttrname, THtAttributeBatch::abReplace, keep_case);
     return;
   }
   do
@@ -280,11 +275,7 @@ void THtmlParser::ReadAttribute() {
   }
   // A valued attribute never replaces: the first one wins. Documents rely on
   // this asymmetry with bare attributes.
-  int i;
-  if (!Attributes->Find(FAttrname, i)) {
-    Attributes->Add(FAttrname, FAttrvalue);
-    restore_case();
-  }
+  FTagAttributes.Add(FAttrname, FAttrvalue, THtAttributeBatch::abKeepFirst, keep_case);
 }
 
 void THtmlParser::ValueExpected() {

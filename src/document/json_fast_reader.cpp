@@ -40,7 +40,7 @@ enum TScalar { scString, scNumber, scIdent, scValue };
 struct TFrame {
   THtXMLNode* Node;
   bool Array;
-  THtAttributes Attrs{true}; // the object's scalars until it closes
+  THtAttributeBatch Attrs; // the object's scalars until it closes
 };
 
 class TJSONReader {
@@ -214,14 +214,10 @@ void TJSONReader::Open(THtXMLNode* n, bool array) {
 
 void TJSONReader::Close() {
   TFrame& f = FStack[FDepth - 1];
-  if (f.Attrs.Count > 0) {
+  if (!f.Attrs.Empty()) {
     auto* a = new THtAttributes(true);
     f.Node->FAttributes = a;
-    a->List.reserve(static_cast<size_t>(f.Attrs.Count));
-    for (int i = 0; i < f.Attrs.Count; ++i)
-      a->List.push_back(std::move(f.Attrs.List[static_cast<size_t>(i)]));
-    a->Count = f.Attrs.Count;
-    f.Attrs.Clear();
+    f.Attrs.MoveTo(*a);
   }
   FKids.Up(f.Node);
   --FDepth;
@@ -304,7 +300,7 @@ void TJSONReader::Run() {
     const hstring& key = FNames.Names[static_cast<size_t>(name)].Name;
     if (!ReadScalar(kind) || key.empty())
       give_up();
-    f.Attrs.SetAttribute(key, ScalarText());
+    f.Attrs.Add(key, ScalarText(), THtAttributeBatch::abReplace); // a repeated key: the last wins
   }
   SkipSpace();
   if (p < end)

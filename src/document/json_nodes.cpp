@@ -162,26 +162,39 @@ void THtXMLNode::ParseJSON(THtJSONParser& HP) {
       SetTag(tag_object());
       TagType = htIdent;
     }
-    while (t.TokenType != jtObjectEnd) {
-      THtJSONTokenType kind = HP.NextNameValue();
-      if (kind == jtObjectStart || kind == jtArrayStart) {
-        NewChild(root, HP.Name)->ParseJSON(HP);
-      } else {
-        if (HP.Name.empty())
-          token_expected();
-        // Straight into the set: an empty string is a value too.
+    // The scalars go into the set once the object ends (or fails), in one
+    // sort; an empty string is a value too, and a repeated key replaces.
+    THtAttributeBatch scalars;
+    auto flush = [&] {
+      if (!scalars.Empty()) {
         CreateAttributes();
-        FAttributes->SetAttribute(HP.Name, t.Token);
+        scalars.MoveTo(*FAttributes);
       }
-      if (!t.NextNSToken())
-        token_expected();
-      if (t.TokenType == jtComma) {
-        if (!t.NextNSToken() || t.TokenType == jtObjectEnd)
-          json_error("Name/Value expected after comma");
-      } else if (t.TokenType != jtObjectEnd) {
-        token_expected();
+    };
+    try {
+      while (t.TokenType != jtObjectEnd) {
+        THtJSONTokenType kind = HP.NextNameValue();
+        if (kind == jtObjectStart || kind == jtArrayStart) {
+          NewChild(root, HP.Name)->ParseJSON(HP);
+        } else {
+          if (HP.Name.empty())
+            token_expected();
+          scalars.Add(HP.Name, t.Token, THtAttributeBatch::abReplace);
+        }
+        if (!t.NextNSToken())
+          token_expected();
+        if (t.TokenType == jtComma) {
+          if (!t.NextNSToken() || t.TokenType == jtObjectEnd)
+            json_error("Name/Value expected after comma");
+        } else if (t.TokenType != jtObjectEnd) {
+          token_expected();
+        }
       }
+    } catch (...) {
+      flush();
+      throw;
     }
+    flush();
   }
   --HP.Depth;
 }

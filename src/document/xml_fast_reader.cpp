@@ -161,8 +161,7 @@ private:
   sv FValue; // text of a text item or a block; points into the source or FBuffer
   sv FCloseName;
   bool FClosed = false;
-  THtAttributes FScratch{true};         // attributes of the current element start
-  THtAttributes* FAttributes = nullptr; // FScratch when it has any
+  THtAttributeBatch FScratch; // attributes of the current element start
   std::u16string FBuffer;
 
   TNameTable FNames;
@@ -193,10 +192,7 @@ private:
 };
 
 bool TReader::NextItem() {
-  if (FAttributes) {
-    FScratch.Clear();
-    FAttributes = nullptr;
-  }
+  FScratch.Clear();
   if (p >= end)
     return false;
   if (*p != u'<') {
@@ -457,7 +453,7 @@ void TReader::ReadTag() {
     case 5:
       ++p;
       // A charset meta tag re-decodes the text in the item reader.
-      if (FAttributes && equals_ignore_case(Tag().Name.view(), u"meta"))
+      if (!FScratch.Empty() && equals_ignore_case(Tag().Name.view(), u"meta"))
         give_up();
       FKind = ikOpen;
       return;
@@ -488,12 +484,11 @@ void TReader::ReadAttribute() {
         ++p;
   };
   skip_blanks();
-  FAttributes = &FScratch;
   if (p >= end || *p != u'=') {
     if (p < end && *p == u'<')
       give_up(); // a comment or directive would be skipped here
     // A bare attribute replaces an earlier one of the same name.
-    FAttributes->SetAttribute(name, name);
+    FScratch.Add(name, name, THtAttributeBatch::abReplace);
     return;
   }
   ++p;
@@ -505,9 +500,7 @@ void TReader::ReadAttribute() {
   if (p < end)
     ++p;
   // The first valued attribute of a name wins.
-  int i;
-  if (!FAttributes->Find(name, i))
-    FAttributes->Add(name, MakeText(FValue));
+  FScratch.Add(name, MakeText(FValue), THtAttributeBatch::abKeepFirst);
 }
 
 // p stands behind "</".
@@ -559,16 +552,11 @@ void TReader::OpenElement(THtXMLNode* n) {
     n->FTagHash = FNames.TagHash(FTag);
   }
   n->TagType = htIdent;
-  if (FAttributes) {
+  if (!FScratch.Empty()) {
     delete n->FAttributes;
     auto* a = new THtAttributes(true);
     n->FAttributes = a;
-    a->List.reserve(static_cast<size_t>(FScratch.Count));
-    for (int i = 0; i < FScratch.Count; ++i)
-      a->List.push_back(std::move(FScratch.List[static_cast<size_t>(i)]));
-    a->Count = FScratch.Count;
-    FScratch.Clear();
-    FAttributes = nullptr;
+    FScratch.MoveTo(*a);
     static const hstring kSpace(u"xml:space");
     n->FPreserveSpace = n->FAttributes->GetAttribute(kSpace) == u"preserve";
   }

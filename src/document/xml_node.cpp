@@ -214,12 +214,15 @@ void THtXMLNode::LowerAttributes() {
       static_cast<THtNode*>(this),
       [](THtNode* n) {
         if (THtAttributes* a = n->FAttributes) {
-          std::vector<THtAttribute> items(a->begin(), a->end());
-          a->Clear();
-          for (THtAttribute& at : items) {
-            hLower(at.Name);
-            a->SetAttribute(at.Name, at.Value);
+          // Lowering reorders the names: sorted again in one go.
+          THtAttributeBatch lowered;
+          for (const THtAttribute& at : *a) {
+            hstring name = at.Name;
+            hLower(name);
+            lowered.Add(name, at.Value, THtAttributeBatch::abReplace);
           }
+          a->Clear();
+          lowered.MoveTo(*a);
         }
         return true;
       },

@@ -1,13 +1,25 @@
 #include "htcore/document/attributes.h"
+#include "htcore/document/html_node.h"
+#include "htcore/document/xml_node.h"
 #include "htcore/foundation/exception.h"
 #include "htcore/foundation/fast_string.h"
 
+#include <algorithm>
+#include <cctype>
 #include <gtest/gtest.h>
+#include <random>
 #include <string>
+#include <vector>
 
 using namespace ht;
 
 namespace {
+
+// A subclass of THtXMLNode is read by the item and token readers, not the
+// direct ones.
+class TItemReaderNode : public THtXMLNode {
+  HT_NODE_CLASS(TItemReaderNode)
+};
 
 std::string names(const THtAttributes& a) {
   std::string r;
@@ -167,4 +179,114 @@ TEST(HtAttributes, TextForms) {
   x.FastAsString(xs);
   EXPECT_EQ(xs.GetAsString().toUtf8(), " Sel=\"Sel\" v=\"1&#160;2\"");
   EXPECT_EQ(THtAttributes().AsString(), hstring());
+}
+
+namespace {
+
+struct TBatchItem {
+  hstring name, value;
+  THtAttributeBatch::TRule rule;
+  bool keep;
+};
+
+// What the readers did before batches: one Find and insert per attribute.
+void apply_one_by_one(THtAttributes& a, const std::vector<TBatchItem>& items) {
+  for (const TBatchItem& it : items) {
+    int i;
+    if (it.rule == THtAttributeBatch::abReplace)
+      a.SetAttribute(it.name, it.value);
+    else if (!a.Find(it.name, i))
+      a.Add(it.name, it.value);
+    else
+      continue;
+    if (it.keep && !a.CaseSensitive) {
+      i = a.Indexof(it.name);
+      if (i >= 0)
+        a.List[static_cast<size_t>(i)].Name = it.name;
+    }
+  }
+}
+
+} // namespace
+
+TEST(HtAttributeBatch, AppliesAsOneByOne) {
+  std::mt19937 rng(10);
+  const char* pool[] = {"a", "A", "b", "ab", "aB", "x{", "X{", "", "z9", "Z9", "m"};
+  for (bool cs : {false, true})
+    for (size_t existing : {0, 3, 30})
+      for (size_t n : {0, 1, 5, 16, 17, 40, 300}) {
+        THtAttributes ref(cs), got(cs);
+        std::vector<TBatchItem> items;
+        auto random_item = [&] {
+          std::string name = pool[rng() % std::size(pool)];
+          if (rng() % 2)
+            name += std::to_string(rng() % (n / 2 + 2));
+          bool keep = name.find('{') != std::string::npos;
+          if (!cs && !keep) // the readers lower such names before
+            for (char& c : name)
+              c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+          return TBatchItem{hstring::FromUtf8(name), hstring(std::to_string(rng() % 1000)),
+                            rng() % 3 ? THtAttributeBatch::abKeepFirst : THtAttributeBatch::abReplace, keep};
+        };
+        std::vector<TBatchItem> before;
+        for (size_t i = 0; i < existing; ++i)
+          before.push_back(random_item());
+        apply_one_by_one(ref, before);
+        apply_one_by_one(got, before);
+        for (size_t i = 0; i < n; ++i)
+          items.push_back(random_item());
+        apply_one_by_one(ref, items);
+        THtAttributeBatch batch;
+        for (const TBatchItem& it : items)
+          batch.Add(it.name, it.value, it.rule, it.keep);
+        batch.MoveTo(got);
+        EXPECT_TRUE(batch.Empty());
+        EXPECT_EQ(names(got), names(ref)) << "cs=" << cs << " existing=" << existing << " n=" << n;
+      }
+}
+
+// n attributes or keys in random order, each read once: the sort is done once
+// per tag, not per attribute. Repeats at the end test the first-wins rule of
+// valued attributes, the replace rule of bare ones and the last-wins rule of
+// JSON keys.
+TEST(HtAttributeBatch, ReadersTakeManyAttributesInOneSort) {
+  constexpr int n = 20000;
+  std::vector<int> order(n);
+  for (int i = 0; i < n; ++i)
+    order[static_cast<size_t>(i)] = i;
+  std::shuffle(order.begin(), order.end(), std::mt19937(3));
+  std::string html = "<p", xml = "<r", json = "{";
+  for (int i : order) {
+    std::string name = "a" + std::to_string(i);
+    html += " " + name + "=" + std::to_string(i);
+    xml += " " + name + "=\"" + std::to_string(i) + "\"";
+    json += "\"" + name + "\":" + std::to_string(i) + ",";
+  }
+  html += " a5=x a7>t</p>";
+  xml += " a5=\"x\" a7/>";
+  json += "\"a5\":\"x\"}";
+  auto check = [&](const THtNode& node, const char* what, const char* a5, const char* a7) {
+    const THtAttributes* a = node.FAttributes;
+    ASSERT_NE(a, nullptr) << what;
+    ASSERT_EQ(a->Count, n) << what;
+    for (int i = 1; i < a->Count; ++i)
+      ASSERT_LT(a->GetName(i - 1).view(), a->GetName(i).view()) << what;
+    EXPECT_EQ(a->GetAttribute(u"a5"_hs).toUtf8(), a5) << what;
+    EXPECT_EQ(a->GetAttribute(u"a7"_hs).toUtf8(), a7) << what;
+    EXPECT_EQ(a->GetAttribute(u"a19999"_hs), u"19999") << what;
+  };
+  THtmlNode doc;
+  doc.Parse(hstring::FromUtf8(html));
+  check(*doc.FindNode(u"p"_hs), "html", "5", "a7");
+  THtXMLNode x(hstring::FromUtf8(xml));
+  check(x, "xml", "5", "a7");
+  TItemReaderNode xi;
+  xi.SetXML(hstring::FromUtf8(xml));
+  check(xi, "xml items", "5", "a7");
+  THtXMLNode j;
+  j.SetJSON(hstring::FromUtf8(json));
+  check(j, "json", "x", "7");
+  TItemReaderNode ji;
+  ji.SetJSON(hstring::FromUtf8(json));
+  check(ji, "json tokens", "x", "7");
 }

@@ -15,12 +15,14 @@
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/object.h"
 
+#include <cstdint>
 #include <vector>
 
 namespace ht {
 
 class TFastString;
 class TFastRawString;
+class THtAttributeBatch;
 
 struct THtAttribute {
   hstring Name;
@@ -74,7 +76,51 @@ public:
   const THtAttribute* end() const { return List.data() + Count; }
 
 private:
+  friend class THtAttributeBatch;
   int InsertAt(int Index, const hstring& AttrName, const hstring& AttrValue);
+};
+
+// The attributes of one tag or object as a reader meets them, applied to a
+// set in one sort when the item is complete: n attributes cost O(n log n),
+// where inserting them one by one into the sorted array costs O(n²).
+//
+//   ht::THtAttributeBatch b;
+//   b.Add(u"b"_hs, u"1"_hs, ht::THtAttributeBatch::abKeepFirst);
+//   b.Add(u"a"_hs, u"2"_hs, ht::THtAttributeBatch::abReplace);
+//   b.MoveTo(set);   // as set.Add / set.SetAttribute one by one, in order
+class THtAttributeBatch {
+public:
+  // What an attribute does to an earlier one of the same name: a valued HTML
+  // or XML attribute leaves it (Add after a failed Find), a bare attribute or
+  // a JSON key replaces its value (SetAttribute).
+  enum TRule : uint8_t { abKeepFirst, abReplace };
+
+  // KeepName: the name keeps its case in a case-insensitive set, and a later
+  // replacing attribute also gives the stored name its own spelling.
+  void Add(const hstring& Name, const hstring& Value, TRule Rule, bool KeepName = false) {
+    FItems.push_back({Name, Value, Rule, KeepName});
+  }
+  bool Empty() const { return FItems.empty(); }
+  size_t Size() const { return FItems.size(); }
+  void Clear() { FItems.clear(); }
+  // Applies the attributes, in the order added, to Target, whose own entries
+  // count as earlier ones; the batch is empty afterwards.
+  void MoveTo(THtAttributes& Target);
+
+private:
+  struct TItem {
+    hstring Name;
+    hstring Value;
+    TRule Rule;
+    bool KeepName;
+  };
+  struct TKey {
+    const char16_t* Name;
+    uint32_t Len;
+    uint32_t Index; // below the target's Count: its entry; else FItems[Index - Count]
+  };
+  std::vector<TItem> FItems;
+  std::vector<TKey> FKeys;
 };
 
 }  // namespace ht

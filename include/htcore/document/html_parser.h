@@ -80,6 +80,8 @@ public:
   static int CharsettoCodepage(const hstring& ACharset);
 
 private:
+  THtAttributeBatch FTagAttributes;  // the current tag's, into Attributes at its end
+
   void ReadAttribute();
   void ApplyMetaCharset();
   [[noreturn]] void ValueExpected();
