@@ -203,9 +203,14 @@ void write_formatted_raw(TFastString& FS, const THtNode* n, int Level, int Space
   new_line(FS, Level, Spaces);
   write_raw_start(FS, n);
   add_crlf(FS);
-  // Trailing blanks go too, so that the end tag line carries only the indent.
-  FS.Add(Trim(n->FContent));
-  new_line(FS, Level, Spaces);
+  // Only leading blanks go: trailing ones may matter to the script or sheet
+  // ("p " before a selector's end), and a content that ends its own last
+  // line gets no second line break.
+  FS.Add(TrimLeft(n->FContent));
+  if (!FS.EndsWith(u"\n"))
+    add_crlf(FS);
+  if (Level > 0 && Spaces > 0)
+    FS.AddSpaces(Level * Spaces);
   write_end(FS, n->FTag);
   AfterBlock = true;
 }

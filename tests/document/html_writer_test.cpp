@@ -194,7 +194,14 @@ TEST(HtmlWriter, FormattedOutput) {
        "<body>\r\n  <div>\r\n    <p>\r\n      a\r\n    </p>\r\n  </div>\r\n</body>"},
       // Nothing written for the children: the end tag follows at once.
       {"<div></div><div> </div>", "<body>\r\n  <div></div>\r\n  <div></div>\r\n</body>"},
+      // Script and style lose leading blanks only (the reader trims a script
+      // already); content that ends its own line gets no second break.
       {"<script>\n  x = 1;\n</script>", "<body>\r\n  <script>\r\nx = 1;\r\n  </script>\r\n</body>"},
+      {"<style>p </style>", "<body>\r\n  <style>\r\np \r\n  </style>\r\n</body>"},
+      {"<style> \tp\t</style><p>x",
+       "<body>\r\n  <style>\r\np\t\r\n  </style>\r\n  <p>\r\n    x\r\n  </p>\r\n</body>"},
+      {"<div><style>\n  a {}\n</style></div>",
+       "<body>\r\n  <div>\r\n    <style>\r\na {}\n    </style>\r\n  </div>\r\n</body>"},
       {"<p>a<br>b</p>", "<body>\r\n  <p>\r\n    a<br/>b\r\n  </p>\r\n</body>"},
       {"<p>a</p><!--c--><p>b</p>",
        "<body>\r\n  <p>\r\n    a\r\n  </p>\r\n  <!--c-->\r\n  <p>\r\n    b\r\n  </p>\r\n</body>"},
