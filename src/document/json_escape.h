@@ -14,10 +14,34 @@ inline bool IsJSONIdentUnit(char16_t c) noexcept {
 
 enum class TJSONEscape { Ok, Unterminated, Bad };
 
-// q stands on the unit behind the backslash and end behind the text. On Ok,
-// c is the unit the escape stands for and q is left on the escape's last
-// unit; otherwise q does not move.
-inline TJSONEscape DecodeJSONEscape(const char16_t*& q, const char16_t* end, char16_t& c) noexcept {
+inline bool IsHighSurrogate(char16_t c) noexcept { return c >= 0xD800 && c <= 0xDBFF; }
+inline bool IsLowSurrogate(char16_t c) noexcept { return c >= 0xDC00 && c <= 0xDFFF; }
+
+// Whether p starts a "\u" escape of a low surrogate; reads no further than
+// the first unit that does not fit, so the NUL behind the text stops it.
+inline bool StartsLowSurrogateEscape(const char16_t* p) noexcept {
+  if (p[0] != u'\\' || p[1] != u'u')
+    return false;
+  unsigned v = 0;
+  for (int i = 2; i < 6; ++i) {
+    int d = HexDigitValue(p[i]);
+    if (d < 0)
+      return false;
+    v = v << 4 | static_cast<unsigned>(d);
+  }
+  return IsLowSurrogate(static_cast<char16_t>(v));
+}
+
+// q stands on the unit behind the backslash and end behind the text, which
+// ends in a NUL; prev is the unit stored before the escape (0 at the start).
+// On Ok, c is the unit the escape stands for and q is left on the escape's
+// last unit; otherwise q does not move.
+//
+// The halves of a pair are stored one by one and so combine, escaped or not.
+// A half without its partner next to it becomes U+FFFD: left alone, the UTF-8
+// writers would pair it with whatever unit follows and lose that one.
+inline TJSONEscape DecodeJSONEscape(const char16_t*& q, const char16_t* end, char16_t prev,
+                                    char16_t& c) noexcept {
   if (q >= end)
     return TJSONEscape::Unterminated;
   c = *q;
@@ -49,8 +73,12 @@ inline TJSONEscape DecodeJSONEscape(const char16_t*& q, const char16_t* end, cha
         return TJSONEscape::Bad;
       v = v << 4 | static_cast<unsigned>(d);
     }
-    q += 4;
     c = static_cast<char16_t>(v);
+    if (IsHighSurrogate(c) && !IsLowSurrogate(q[5]) && !StartsLowSurrogateEscape(q + 5))
+      c = 0xFFFD;
+    else if (IsLowSurrogate(c) && !IsHighSurrogate(prev))
+      c = 0xFFFD;
+    q += 4;
     return TJSONEscape::Ok;
   }
   case u'x': {

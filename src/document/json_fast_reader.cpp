@@ -127,7 +127,7 @@ void TJSONReader::ReadString() {
     }
     FBuffer.append(seg, q);
     ++q;
-    if (DecodeJSONEscape(q, end, c) != TJSONEscape::Ok)
+    if (DecodeJSONEscape(q, end, FBuffer.empty() ? u'\0' : FBuffer.back(), c) != TJSONEscape::Ok)
       give_up();
     FBuffer.push_back(c);
     seg = ++q;

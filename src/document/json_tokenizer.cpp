@@ -218,7 +218,7 @@ void THtJSONTokenizer::ReadString() {
 // q stands behind the backslash; it is left behind the escape.
 void THtJSONTokenizer::Escape(const char16_t*& q) {
   char16_t c = 0;
-  switch (detail::DecodeJSONEscape(q, Parser.pend, c)) {
+  switch (detail::DecodeJSONEscape(q, Parser.pend, FBuffer.empty() ? u'\0' : FBuffer.back(), c)) {
   case detail::TJSONEscape::Ok:
     break;
   case detail::TJSONEscape::Unterminated:

@@ -193,8 +193,17 @@ TEST(JSONTokenizer, Escapes) {
   } cases[] = {
       {u"\"\\u0041\"", u"A"},
       {u"\"\\u00e9\\u00C9\"", u"\u00e9\u00c9"},
-      {u"\"\\ud83d\\ude00\"", u"\U0001F600"},                // halves combine into one pair
-      {u"\"\\ud83d\"", std::u16string(1, char16_t(0xD83D))}, // a lone half stays as it is
+      {u"\"\\ud83d\\ude00\"", u"\U0001F600"}, // halves combine into one pair
+      // A half without its partner next to it is U+FFFD, so that no writer
+      // pairs it with the unit behind it.
+      {u"\"\\ud83d\"", u"\uFFFD"},
+      {u"\"\\udc00x\"", u"\uFFFDx"},
+      {u"\"\\ud800x\"", u"\uFFFDx"},
+      {u"\"a\\udc00\\ud800\"", u"a\uFFFD\uFFFD"},
+      {u"\"\\ud800\\ud83d\\ude00\"", u"\uFFFD\U0001F600"},
+      {u"\"\\ud83d\\u0041\"", u"\uFFFDA"},
+      {u"\"\xD83D\\ude00\"", u"\U0001F600"}, // one half escaped, the other not
+      {u"\"\\ud83d\xDE00\"", u"\U0001F600"},
       {u"\"\\\"\\\\\\/\"", u"\"\\/"},
       {u"\"\\b\\f\\n\\r\\t\"", u"\b\f\n\r\t"},
       {u"'\\\"'", u"\""},

@@ -272,7 +272,7 @@ TEST(JSONFastReader, TrickyTextsGiveTheSameTreeOrError) {
       // strings
       "[\"\\\"\\\\/\\b\\f\\n\\r\\t\"]", "[\"\\u0041\\u00e9\\ud83d\\ude00\"]", "[\"\\u004\"]",
       "[\"\\x41\\xzz\"]", "[\"\\x4\"]", "[\"\\q\"]", "[\"a\tb\"]", "[\"abc", "[\"\\", "['it\"s']",
-      "[\"caf\xC3\xA9\"]", "[\"a\\/b\"]",
+      "[\"caf\xC3\xA9\"]", "[\"a\\/b\"]", "[\"\\udc00x\\ud800\"]", "[\"\\ud800\\ud800\\udc00\"]",
       // numbers
       "[0, -1, 1.25, 1e10, 1E-3, -0.5e+2]", "[01]", "[-]", "[1.]", "[.5]", "[1..2]", "[1e]", "[1e+]",
       "[12345678901234567890]", "[1a]", "[-a]", "[+1]", "[1 2]",
@@ -290,6 +290,22 @@ TEST(JSONFastReader, TrickyTextsGiveTheSameTreeOrError) {
                                           std::u16string(u"[1]\0", 4), std::u16string(u"{\"\xD800\":1}")};
   for (const std::u16string& t : kUnits)
     expect_same_json(hstring(t.data(), t.size()), "units");
+}
+
+// A lone half of a surrogate pair must not swallow the character behind it
+// on the way out as UTF-8.
+TEST(JSONFastReader, LoneSurrogateEscapesKeepTheNextCharacter) {
+  const hstring json = u"{\"a\":\"\\udc00x\",\"b\":\"\\ud800y\",\"c\":\"\\ud83d\\ude00\"}"_hs;
+  THtXMLNode fast;
+  TItemReaderNode tokens;
+  for (THtXMLNode* n : {static_cast<THtXMLNode*>(&fast), static_cast<THtXMLNode*>(&tokens)}) {
+    n->SetJSON(json);
+    EXPECT_EQ(n->GetAttribute(u"a"_hs), u"\uFFFDx"_hs);
+    EXPECT_EQ(n->GetAttribute(u"b"_hs), u"\uFFFDy"_hs);
+    EXPECT_EQ(n->GetAttribute(u"c"_hs), u"\U0001F600"_hs);
+    std::string out(n->UTF8Code(false).view());
+    EXPECT_NE(out.find("a=\"\xEF\xBF\xBDx\" b=\"\xEF\xBF\xBDy\" c=\"\xF0\x9F\x98\x80\""), std::string::npos) << out;
+  }
 }
 
 TEST(JSONFastReader, RealFilesGiveTheSameTree) {
