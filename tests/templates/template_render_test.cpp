@@ -218,6 +218,22 @@ TEST_F(TShop, DataPacketsAndUpdatedSections) {
   EXPECT_EQ(t.Render(&shop), u"1,2,||");
 }
 
+// What OnUpdateSection sets stays in the context it was given: Render's is
+// the template's own, so a second Render, and any ThreadSafeRender (which
+// reads the template's variables), start with it; a ThreadSafeRender leaves
+// nothing behind.
+TEST_F(TShop, UpdatedSectionVariablesStayInTheirContext) {
+  THtXMLNode q(u"<q><v>2</v></q>"_hs);
+  THtTemplate t(u"[{{#q}}x{{/q}}]{{#q(x)}}{{/q(x)}}"_hs);
+  auto update = [&](const THtTemplate&, THtTemplateContext& C, const hstring&) { C.SetVariable(u"q"_hs, &q); };
+  EXPECT_EQ(t.ThreadSafeRender(&shop, nullptr, {}, update), u"[]");
+  EXPECT_EQ(t.ThreadSafeRender(&shop, nullptr, {}, update), u"[]");
+  t.OnUpdateSection = update;
+  EXPECT_EQ(t.Render(&shop), u"[]");
+  EXPECT_EQ(t.Render(&shop), u"[x]");
+  EXPECT_EQ(t.ThreadSafeRender(&shop, nullptr, {}, update), u"[x]");
+}
+
 TEST(TemplateRender, JsonModeAndJsonData) {
   auto data = THtXMLNode::CreatefromJSON(
       u"{\"name\":\"A \\\"q\\\" <b>\",\"list\":[{\"v\":\"x\"},{\"v\":\"y\\\\z\"}]}"_hs);
