@@ -76,6 +76,28 @@ THtNode* StackItem(THtmlParser& HP, int i) { return static_cast<THtNode*>(HP.Inc
 void StackDelete(THtmlParser& HP, int i) { HP.IncorrectStack.Delete(i); }
 void StackPush(THtmlParser& HP, THtNode* n) { HP.IncorrectStack.Add(n); }
 
+// The parser's count of open elements by tag. Unequal tags may share a slot,
+// which only makes a close tag take the walk up the tree for nothing.
+size_t open_slot(const hstring& tag) {
+  uint32_t h = 2166136261u;
+  for (char16_t c : tag.view())
+    h = (h ^ c) * 16777619u;
+  return (h ^ h >> 16) & 255;
+}
+
+// Counts an element as open for as long as its activation (or, for the row of
+// the p repair, its inner element's) runs.
+class TOpenTag {
+public:
+  TOpenTag(THtmlParser& HP, const hstring& tag) : FCount(HP.OpenTags[open_slot(tag)]) { ++FCount; }
+  ~TOpenTag() { --FCount; }
+  TOpenTag(const TOpenTag&) = delete;
+  TOpenTag& operator=(const TOpenTag&) = delete;
+
+private:
+  int& FCount;
+};
+
 // Moves a node to the end of new_parent's children.
 void MoveToEnd(THtNode* n, THtNode* new_parent) {
   n->FParent->FNodes->RemoveItem(n);
@@ -167,6 +189,7 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
     if (HP.TagClosed)
       return nullptr;
   }
+  TOpenTag open(HP, FTag);
 
   for (;;) {
     if (!HP.NextItem()) {
@@ -181,6 +204,9 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
       for (int i = StackCount(HP) - 1; i >= 0; --i)
         if (StackItem(HP, i)->FTag == HP.Tag)
           StackDelete(HP, i);
+      // Most stray end tags name nothing open at all.
+      if (HP.OpenTags[open_slot(HP.Tag)] == 0)
+        continue;
       const int noted = StackCount(HP);
       constexpr uint32_t cells = Bit(tiTr) | Bit(tiTd) | Bit(tiTh);
       constexpr uint32_t table_tags = Bit(tiTable) | cells;
@@ -319,7 +345,10 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
           inner->SetTag(TagTr());
           inner->TagType = htIdent;
           HP.RepeatCurrent = true;
-          result = inner->InternalParse(HP);
+          {
+            TOpenTag row(HP, tr->FTag);
+            result = inner->InternalParse(HP);
+          }
           --HP.FStackLevel;
           // Closing the inner element offers the item to the row, which has no
           // activation: this table takes it, as for the row itself.

@@ -107,6 +107,11 @@ TEST(HtmlBuilder, MisnestedEndTags) {
       {"<table><tr><td><p>x</tr>y", "body(table(tr(td(p(\"x\"))),\"y\"))"},
       {"<table><tr><td>x</p>y", "body(table(tr(td(\"x\",\"y\"))))"}, // </p> stops at the table
       {"<body><b>x</body>y", "\"\"(body(b(\"x\",\"y\")))"},          // body is never closed
+      // End tags of elements open only as repair rows, or above a table.
+      {"<table><p>x</tr>y", "body(table(tr(tr(p(\"x\"))),\"y\"))"},
+      {"<table><p>x</td>y</table>z", "body(table(tr(tr(p(\"x\",\"y\")))),\"z\")"},
+      {"<b><table><p>x</b>y", "body(b(table(tr(tr(p(\"x\",\"y\"))))))"},
+      {"<i><b>x</I>y", "body(i(b(\"x\")),b(\"y\"))"}, // names are compared in lower case
   };
   ExpectTrees(cases);
 }
@@ -234,6 +239,15 @@ TEST(HtmlBuilder, HostileInputsFinish) {
          return s;
        }(),
        2000},
+      {[] {
+         std::string s(250 * 5, ' ');
+         for (int i = 0; i < 250; ++i)
+           s.replace(static_cast<size_t>(i) * 5, 5, "<div>");
+         for (int i = 0; i < 20000; ++i)
+           s += "</b></p></td></table>"; // stray: nothing of these names is open
+         return s + "x";
+       }(),
+       251},
       {"<p>x<!--" + std::string(50000, 'y'), 2},
       {"<p>x<script>" + std::string(50000, '<'), 2},
       {"<p a=\"" + std::string(50000, 'y'), 1},

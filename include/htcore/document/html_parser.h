@@ -24,6 +24,7 @@
 // FStackLevel belong to the builder.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 
@@ -68,6 +69,9 @@ public:
   THtStringRecDictionary TagList{255};   // interned tag names
   THtStringRecDictionary AttrList{511};  // interned attribute names
   THtObjectList IncorrectStack{false};  // for the tree builder; does not own its nodes
+  // For the tree builder: its open elements counted by a hash of their tag,
+  // so that a close tag of a name that is not open needs no walk up the tree.
+  std::array<int, 256> OpenTags{};
   bool IgnoreMetaEncoding = false;
 
   bool NextItem();
