@@ -238,7 +238,10 @@ struct TFootprint {
   int64_t nodes = 0;
 };
 
-size_t heap_in_use() { return mallinfo2().uordblks; }
+// The node pool's chunks lie outside malloc's heap.
+size_t heap_in_use() {
+  return mallinfo2().uordblks + ht::detail::NodePoolStats().ChunksHeld * ht::detail::kPoolChunk;
+}
 
 TFootprint footprint_htcore() {
   size_t before = heap_in_use();

@@ -473,6 +473,7 @@ void THtmlNode::ParseAttributes(const hstring& s) {
 }
 
 void THtmlNode::Parse(const hstring& HTML, bool AIgnoreMetaEncoding) {
+  TNodePoolScope pool;
   DeleteAllChildren();
   THtmlParser HP(HTML, false);
   HP.IgnoreMetaEncoding = AIgnoreMetaEncoding;
@@ -486,6 +487,7 @@ void THtmlNode::Parse(const hstring& HTML, bool AIgnoreMetaEncoding) {
 }
 
 void THtmlNode::SetInnerHTML(const hstring& Value) {
+  TNodePoolScope pool;
   DeleteAllChildren();
   static const hstring div(u"div");
   THtNode* made = AddChild(GetElementClass(div, nullptr));
@@ -509,6 +511,7 @@ void THtmlNode::SetInnerHTML(const hstring& Value) {
 }
 
 void THtmlNode::SetOuterHTML(const hstring& Value) {
+  TNodePoolScope pool;
   DeleteAllChildren();
   delete FAttributes;
   FAttributes = nullptr;

@@ -69,6 +69,7 @@ std::unique_ptr<THtXMLNode> THtXMLNode::CreatefromJSON(const hstring& JSON) {
 }
 
 void THtXMLNode::SetJSON(const hstring& JSON) {
+  TNodePoolScope pool;
   // The direct reader fills a new node of this very class.
   if (typeid(*this) == typeid(THtXMLNode) && FTag.empty() && !FNodes && !FAttributes && FContent.empty() &&
       !IsArray && !JSON.empty()) {

@@ -89,6 +89,7 @@ void XMLTagOrderError(const hstring& expected, const hstring& found, int pos) {
 } // namespace detail
 
 void THtXMLNode::SetXML(const hstring& XML) {
+  TNodePoolScope pool;
   // The direct reader builds nodes of this class only: a subclass may have
   // its own Parse.
   if (typeid(*this) == typeid(THtXMLNode)) {

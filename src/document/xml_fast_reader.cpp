@@ -9,6 +9,7 @@
 // charset meta tags, unknown numeric references) it gives up and SetXML
 // parses again through the item reader, which also raises the errors.
 #include "document/html_char_classes.h"
+#include "document/unit_scan.h"
 #include "document/utf8_check.h"
 #include "document/xml_reader_internal.h"
 #include "foundation/code_point.h"
@@ -55,9 +56,13 @@ bool equals_ignore_case(sv s, sv lower) {
 // only behind one.
 const char16_t* find_head_end(const char16_t* p, const char16_t* end) {
   static constexpr sv kLower = u"</head>";
-  for (; end - p >= static_cast<ptrdiff_t>(kLower.size()); ++p) {
-    if (*p != u'<')
-      continue;
+  if (end - p < static_cast<ptrdiff_t>(kLower.size()))
+    return nullptr;
+  const char16_t* last = end - kLower.size() + 1;
+  for (;; ++p) {
+    p = FindUnit(p, last, u'<');
+    if (p == last)
+      break;
     size_t i = 1;
     while (i < kLower.size() && CharLower(p[i]) == kLower[i])
       ++i;
@@ -70,8 +75,8 @@ const char16_t* find_head_end(const char16_t* p, const char16_t* end) {
 // IsUTF8 of the item reader without narrowing the whole rest first: its
 // byte test reads left to right and mostly decides within the first few
 // non-ASCII units, so the text is narrowed in slices as the test goes.
-bool is_narrow_utf8(const char16_t* p) {
-  const char16_t* e = p + std::char_traits<char16_t>::length(p);
+bool is_narrow_utf8(const char16_t* p, const char16_t* end) {
+  const char16_t* e = FindUnit(p, end, 0);
   int cp = HtGetSystemCodePage();
   std::string buf; // bytes not yet judged
   bool seen = false;
@@ -537,7 +542,7 @@ void TReader::CheckDeclaration() {
     return;
   FUtf8 = true;
   const char16_t* test = find_head_end(p, end);
-  if (is_narrow_utf8(test ? test : p)) {
+  if (is_narrow_utf8(test ? test : p, end)) {
     RawByteString bytes = HtUnicodeToCodePage(sv(p, static_cast<size_t>(end - p)), HtGetSystemCodePage());
     FText = Utf8ToHString(bytes.view());
     p = FText.c_str();

@@ -1,7 +1,12 @@
 #include "htcore/foundation/hstring.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <new>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 #include "htcore/foundation/exception.h"
 
@@ -40,8 +45,32 @@ hstring Utf8ToHString(std::string_view utf8) {
   while (s < end) {
     uint32_t c = *s;
     if (c < 0x80) {
-      *d++ = static_cast<char16_t>(c);
-      ++s;
+      // Markup is mostly ASCII: widen whole runs of it.
+#ifdef __SSE2__
+      const __m128i zero = _mm_setzero_si128();
+      while (end - s >= 16) {
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+        if (_mm_movemask_epi8(v))
+          break;
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_unpacklo_epi8(v, zero));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 8), _mm_unpackhi_epi8(v, zero));
+        s += 16;
+        d += 16;
+      }
+#else
+      while (end - s >= 8) {
+        uint64_t w;
+        std::memcpy(&w, s, 8);
+        if (w & 0x8080808080808080ull)
+          break;
+        for (int i = 0; i < 8; ++i)
+          d[i] = s[i];
+        s += 8;
+        d += 8;
+      }
+#endif
+      while (s < end && *s < 0x80)
+        *d++ = *s++;
       continue;
     }
     int extra;

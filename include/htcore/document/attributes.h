@@ -13,6 +13,7 @@
 #pragma once
 
 #include "htcore/foundation/hstring.h"
+#include "htcore/foundation/node_pool.h"
 #include "htcore/foundation/object.h"
 
 #include <cstdint>
@@ -31,12 +32,14 @@ struct THtAttribute {
 
 class THtAttributes : public TObject {
 public:
+  HT_POOLED_CLASS
+
   THtAttributes() = default;
   explicit THtAttributes(bool ACaseSensitive) : CaseSensitive(ACaseSensitive) {}
 
   bool CaseSensitive = false;
   int Count = 0;
-  std::vector<THtAttribute> List;  // entries from Count on are spare
+  std::vector<THtAttribute, TPoolAllocator<THtAttribute>> List;  // entries from Count on are spare
 
   // Binary search. Index is the position found, or where the name belongs.
   // An empty set or an empty name gives false with Index 0.

@@ -19,6 +19,7 @@
 #include "htcore/document/node_list.h"
 #include "htcore/foundation/date_time.h"
 #include "htcore/foundation/hstring.h"
+#include "htcore/foundation/node_pool.h"
 #include "htcore/foundation/object.h"
 
 #include <cstdint>
@@ -62,6 +63,8 @@ using THtNodeProcRef = std::function<void(THtNode* Node, bool& Continue)>;
 
 class THtNode : public TObject {
 public:
+  HT_POOLED_CLASS
+
   // Fields are open to the library's parsers, writers and path walkers.
   // FNextSibling and FParent are kept by the owning lists and the builders;
   // code outside them changes the tree through the operations below.

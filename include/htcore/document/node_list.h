@@ -16,6 +16,7 @@
 #pragma once
 
 #include "htcore/foundation/hstring.h"
+#include "htcore/foundation/node_pool.h"
 #include "htcore/foundation/object_list.h"
 
 #include <cstddef>
@@ -88,6 +89,8 @@ struct THtNodeListEnumerator {
 
 class THtNodeList : public THtObjectList {
 public:
+  HT_POOLED_CLASS
+
   explicit THtNodeList(bool AOwnsObjects = true, bool AIsRefCounted = false);
   ~THtNodeList() override;
 

@@ -13,6 +13,7 @@
 // Index errors raise EListError("SListIndexError").
 #pragma once
 
+#include "htcore/foundation/node_pool.h"
 #include "htcore/foundation/object.h"
 
 #include <algorithm>
@@ -140,7 +141,7 @@ private:
     if (Index < 0 || Index >= Count())
       detail::HtListIndexError(Index);
   }
-  std::vector<TObject*> FList;
+  std::vector<TObject*, TPoolAllocator<TObject*>> FList;
   bool FOwnsObjects;
 };
 

@@ -1,0 +1,191 @@
+// Trees built by the parsers live in the node pool; these tests hold the
+// ownership rules to it. Run under AddressSanitizer (scripts/test.sh), any
+// block freed too early or kept too long is reported.
+#include "htcore/document/html_node.h"
+#include "htcore/document/xml_node.h"
+#include "htcore/foundation/node_pool.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <thread>
+
+using namespace ht;
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kAsan = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kAsan = true;
+#else
+constexpr bool kAsan = false;
+#endif
+#else
+constexpr bool kAsan = false;
+#endif
+
+hstring catalogue(int items) {
+  std::string s = "<catalog>";
+  for (int i = 0; i < items; ++i)
+    s += "<item id=\"" + std::to_string(i) + "\" kind=\"k\"><name>Item " + std::to_string(i) +
+         "</name><tags><tag>a</tag><tag>b</tag></tags></item>";
+  return Utf8ToHString(s + "</catalog>");
+}
+
+// Takes Node out of its parent without freeing it.
+THtNode* detach(THtNode* Node) {
+  Node->Parent()->GetNodes()->RemoveItem(Node);
+  Node->FParent = nullptr;
+  return Node;
+}
+
+TEST(NodePool, ParsedNodesComeFromThePool) {
+  size_t before = detail::NodePoolStats().ChunksHeld;
+  {
+    THtXMLNode doc(catalogue(2000));
+    ASSERT_EQ(doc.GetCount(), 2000);
+    if (detail::NodePoolStats().Enabled) {
+      EXPECT_GT(detail::NodePoolStats().ChunksHeld, before + 4);
+    }
+  }
+  // The thread keeps at most the chunk it is filling.
+  EXPECT_LE(detail::NodePoolStats().ChunksHeld, before + 1);
+}
+
+TEST(NodePool, MovedNodeOutlivesItsDocument) {
+  THtXMLNode target(u"<list/>"_hs);
+  {
+    auto source = std::make_unique<THtXMLNode>(catalogue(500));
+    THtNode* item = detach(source->GetNode(250));
+    item->FParent = &target;
+    target.GetNodes()->Add(item);
+    source.reset();
+  }
+  THtNode* item = target.FirstChild();
+  ASSERT_NE(item, nullptr);
+  EXPECT_EQ(item->GetAttribute(u"id"), u"250");
+  EXPECT_EQ(item->FindNode(u"name")->FContent, u"Item 250");
+  item->SetAttribute(u"seen", u"1");
+  item->GetNodes()->Add(new THtXMLNode());
+  EXPECT_EQ(target.XPathValue(u"item/name"), u"Item 250");
+}
+
+TEST(NodePool, CopiedTextOutlivesItsDocument) {
+  hstring name, id, tag;
+  {
+    THtXMLNode doc(catalogue(300));
+    THtNode* item = doc.GetNode(123);
+    name = item->FindNode(u"name")->FContent;
+    id = item->GetAttribute(u"id");
+    tag = item->FTag;
+  }
+  EXPECT_EQ(name, u"Item 123");
+  EXPECT_EQ(id, u"123");
+  EXPECT_EQ(tag, u"item");
+  name += u"!";
+  EXPECT_EQ(name, u"Item 123!");
+}
+
+TEST(NodePool, NodesAreFreedOneByOne) {
+  THtmlNode doc;
+  doc.Parse(u"<ul><li>a<li>b<li>c</ul><p class=x>text</p>"_hs);
+  THtNode* ul = doc.FindNode(u"ul");
+  ASSERT_NE(ul, nullptr);
+  ul->DeleteChild(ul->GetNode(1));
+  EXPECT_EQ(ul->GetCount(), 2);
+  EXPECT_EQ(ul->FirstChild()->NextSibling()->TextContent(), u"c");
+  delete detach(ul);
+  EXPECT_EQ(doc.FindNode(u"p")->GetAttribute(u"class"), u"x");
+}
+
+TEST(NodePool, TreeMadeOnOneThreadIsFreedOnAnother) {
+  size_t before = detail::NodePoolStats().ChunksHeld;
+  std::unique_ptr<THtXMLNode> doc;
+  std::thread([&] { doc = std::make_unique<THtXMLNode>(catalogue(3000)); }).join();
+  EXPECT_EQ(doc->GetCount(), 3000);
+  doc.reset();
+  // The maker has ended, so nothing of that parse is held any more.
+  EXPECT_LE(detail::NodePoolStats().ChunksHeld, before);
+
+  // Freed while the maker still fills its chunk, and then the other way round.
+  std::unique_ptr<THtXMLNode> doc2 = std::make_unique<THtXMLNode>(catalogue(100));
+  std::thread([&] { doc2.reset(); }).join();
+  THtXMLNode again(catalogue(100));
+  EXPECT_EQ(again.GetCount(), 100);
+}
+
+TEST(NodePool, JsonAndHtmlTreesUseThePoolToo) {
+  auto json = THtXMLNode::CreatefromJSON(u"{\"a\":[1,2,{\"b\":\"c\"}],\"d\":true}"_hs);
+  hstring c = json->FindNode(u"b")->FContent;
+  THtmlNode html;
+  html.Parse(u"<div id=a><span>x</span></div>"_hs);
+  hstring x = html.FindNode(u"span")->TextContent();
+  json.reset();
+  html.DeleteAllChildren();
+  EXPECT_EQ(c, u"c");
+  EXPECT_EQ(x, u"x");
+}
+
+// A host class with a stricter alignment than the pool gives.
+class alignas(64) TWideNode : public THtXMLNode {
+  HT_NODE_CLASS(TWideNode)
+public:
+  char Extra[200] = {};
+  THtNodeClass GetElementClass(const hstring&, THtNode*) override { return NodeClass<TWideNode>(); }
+};
+
+class TBigNode : public THtmlNode {
+  HT_NODE_CLASS(TBigNode)
+public:
+  char Extra[4000] = {}; // beyond the pool's largest block
+  THtNodeClass GetElementClass(const hstring&, THtNode*) override { return NodeClass<TBigNode>(); }
+};
+
+TEST(NodePool, HostClassesOfAnySizeAndAlignment) {
+  {
+    TWideNode doc;
+    doc.SetXML(catalogue(50));
+    ASSERT_EQ(doc.GetCount(), 50);
+    for (THtNode* n : *doc.FNodes) {
+      EXPECT_EQ(reinterpret_cast<uintptr_t>(n) % 64, 0u);
+      EXPECT_NE(dynamic_cast<TWideNode*>(n), nullptr);
+    }
+  }
+  TBigNode html;
+  html.Parse(u"<p>a<b>b</b></p>"_hs);
+  THtNode* b = html.FindNode(u"b");
+  ASSERT_NE(b, nullptr);
+  EXPECT_NE(dynamic_cast<TBigNode*>(b), nullptr);
+  EXPECT_EQ(b->TextContent(), u"b");
+}
+
+TEST(NodePool, AllocatorOutsideAScopeUsesTheHeap) {
+  size_t before = detail::NodePoolStats().ChunksHeld;
+  std::vector<THtNode*> made;
+  for (int i = 0; i < 2000; ++i)
+    made.push_back(new THtXMLNode());
+  EXPECT_LE(detail::NodePoolStats().ChunksHeld, before + 1);
+  for (THtNode* n : made)
+    delete n;
+}
+
+using TNodePoolDeathTest = ::testing::Test;
+
+TEST(TNodePoolDeathTest, UseAfterFreeOfAPooledNodeIsReported) {
+  if (!kAsan)
+    GTEST_SKIP() << "needs AddressSanitizer";
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_DEATH(
+      {
+        THtXMLNode doc(catalogue(10));
+        THtNode* item = doc.GetNode(5);
+        doc.DeleteChild(item);
+        volatile int hash = item->FTagHash;
+        (void)hash;
+      },
+      "use-after-poison|use-after-free");
+}
+
+} // namespace
