@@ -63,8 +63,9 @@ constexpr size_t kReserve = size_t(4) << 30;
 #else
 constexpr size_t kReserve = size_t(32) << 30;
 #endif
-// Freed chunks kept mapped for the next parse; the rest go back to the system.
-constexpr size_t kKeepFree = 32;
+// Freed chunks kept mapped for the next parse (16 MiB); the rest go back to
+// the system.
+constexpr size_t kKeepFree = 256;
 // A chunk's count starts here and drops by one per freed block; the thread
 // that fills it subtracts the rest (bias minus blocks made) when it moves on,
 // so the count reaches zero exactly when the last block is freed.

@@ -118,7 +118,10 @@ TEST(NodePool, TreeMadeOnOneThreadIsFreedOnAnother) {
 
 TEST(NodePool, JsonAndHtmlTreesUseThePoolToo) {
   auto json = THtXMLNode::CreatefromJSON(u"{\"a\":[1,2,{\"b\":\"c\"}],\"d\":true}"_hs);
-  hstring c = json->FindNode(u"b")->FContent;
+  THtNode* a = json->FindNode(u"a");
+  ASSERT_NE(a, nullptr);
+  ASSERT_EQ(a->GetCount(), 3);
+  hstring c = a->LastChild()->GetAttribute(u"b"); // scalars are attributes
   THtmlNode html;
   html.Parse(u"<div id=a><span>x</span></div>"_hs);
   hstring x = html.FindNode(u"span")->TextContent();
