@@ -5,7 +5,6 @@
 // user-agent sheet. Matching: every selector of bootstrap.css against the
 // first elements of a real page.
 #include "bench_inputs.h"
-
 #include "htcore/foundation/hstring.h"
 #include "htcore/style/css_sheet.h"
 #include "style/default_sheets.h"
@@ -31,10 +30,11 @@ const char* const kPage = "/usr/share/doc/python3/python-policy.html";
 std::vector<TInput>& sheets() {
   static std::vector<TInput> v = [] {
     auto in = bench::LoadInputs({"bench/data/bootstrap.css", "bench/data/bootstrap.min.css",
-                                 "/usr/share/doc/nodejs/api/assets/style.css", "/usr/share/doc/python3/_static/basic.css",
+                                 "/usr/share/doc/nodejs/api/assets/style.css",
+                                 "/usr/share/doc/python3/_static/basic.css",
                                  "/usr/share/gitweb/static/gitweb.css", "/usr/share/sgml/X11/xorg.css"},
                                 "");
-    in.pop_back();  // no generated sheet: the user-agent sheet stands in
+    in.pop_back(); // no generated sheet: the user-agent sheet stands in
     in.push_back({"user-agent", ht::hstring(ht::detail::kHTML4StyleSheetText).toUtf8()});
     return in;
   }();
@@ -58,7 +58,7 @@ std::string page_bytes() {
   auto in = bench::LoadInputs({kPage}, "");
   if (in.size() > 1)
     return in[0].bytes;
-  std::string s = "<html><body>";  // no page installed: a generated one in bootstrap's terms
+  std::string s = "<html><body>"; // no page installed: a generated one in bootstrap's terms
   for (int i = 0; i < 200; ++i)
     s += "<div class='container'><div class='row'><div class='col-md-6 card'><p class='text-muted'>x "
          "<a class='btn btn-primary' href='#'>go</a></p></div></div></div>";
@@ -93,7 +93,8 @@ void BM_HtcoreMatch(benchmark::State& state) {
       for (const ht::TCSSSelector* s : selectors)
         matches += ht::TestSelector(e, s, 0);
   double secs = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  double pairs = static_cast<double>(state.iterations()) * static_cast<double>(elements.size() * selectors.size());
+  double pairs =
+      static_cast<double>(state.iterations()) * static_cast<double>(elements.size() * selectors.size());
   state.SetItemsProcessed(static_cast<int64_t>(pairs));
   state.counters["matches"] = static_cast<double>(matches) / static_cast<double>(state.iterations());
   state.counters["pairs"] = static_cast<double>(elements.size() * selectors.size());
@@ -168,7 +169,8 @@ TNullContainer g_container;
 litehtml::context g_context;
 
 litehtml::document::ptr empty_doc() {
-  static litehtml::document::ptr d = litehtml::document::createFromUTF8("<html></html>", &g_container, &g_context);
+  static litehtml::document::ptr d =
+      litehtml::document::createFromUTF8("<html></html>", &g_container, &g_context);
   return d;
 }
 
@@ -206,7 +208,8 @@ void BM_LitehtmlMatch(benchmark::State& state) {
       for (const auto& s : selectors)
         matches += e->select(*s) != 0;
   double secs = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  double pairs = static_cast<double>(state.iterations()) * static_cast<double>(elements.size() * selectors.size());
+  double pairs =
+      static_cast<double>(state.iterations()) * static_cast<double>(elements.size() * selectors.size());
   state.SetItemsProcessed(static_cast<int64_t>(pairs));
   state.counters["matches"] = static_cast<double>(matches) / static_cast<double>(state.iterations());
   state.counters["pairs"] = static_cast<double>(elements.size() * selectors.size());
@@ -220,9 +223,11 @@ void BM_LitehtmlMatch(benchmark::State& state) {
 int main(int argc, char** argv) {
   for (const TInput& in : sheets()) {
 #ifdef HTCORE_PEERS
-    benchmark::RegisterBenchmark(("Litehtml/" + in.name).c_str(), BM_Litehtml, &in)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(("Litehtml/" + in.name).c_str(), BM_Litehtml, &in)
+        ->Unit(benchmark::kMillisecond);
 #endif
-    benchmark::RegisterBenchmark(("Htcore/" + in.name).c_str(), BM_Htcore, &in)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(("Htcore/" + in.name).c_str(), BM_Htcore, &in)
+        ->Unit(benchmark::kMillisecond);
   }
 #ifdef HTCORE_PEERS
   benchmark::RegisterBenchmark("LitehtmlMatch", BM_LitehtmlMatch)->Unit(benchmark::kMillisecond);
@@ -235,7 +240,7 @@ int main(int argc, char** argv) {
   for (const auto& [name, ratio] : g_timer.Ratios())
     std::printf("%-28s %8.2f\n", name.c_str(), ratio);
   if (g_pairs.count("litehtml") && g_pairs.count("htcore"))
-    std::printf("%-28s %8.2f  (%.1f vs %.1f M pairs/s)\n", "matching", g_pairs["htcore"] / g_pairs["litehtml"],
-                g_pairs["htcore"] / 1e6, g_pairs["litehtml"] / 1e6);
+    std::printf("%-28s %8.2f  (%.1f vs %.1f M pairs/s)\n", "matching",
+                g_pairs["htcore"] / g_pairs["litehtml"], g_pairs["htcore"] / 1e6, g_pairs["litehtml"] / 1e6);
   return 0;
 }

@@ -8,11 +8,11 @@
 // allocs_per_op counter shows which side allocates per lookup.
 #include "htcore/foundation/id_dictionary.h"
 #include "htcore/foundation/string_dictionary.h"
+#include "rate_reporter.h"
 
 #include <algorithm>
 #include <atomic>
 #include <benchmark/benchmark.h>
-#include "rate_reporter.h"
 #include <cstdio>
 #include <cstdlib>
 #include <map>

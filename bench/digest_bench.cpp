@@ -139,7 +139,7 @@ public:
   std::map<std::string, double> Rates;
 };
 
-}  // namespace
+} // namespace
 
 int main(int argc, char** argv) {
   // The values must agree before the speeds mean anything: ours is zlib's, uncomplemented.

@@ -1,14 +1,13 @@
 // Item reading speed of THtmlParser over a generated page, and (with
 // HTCORE_PEERS) libxml2's HTML push parser with empty SAX callbacks over the
 // same page in UTF-8: both only cut the text into events, neither builds a tree.
-#include <benchmark/benchmark.h>
+#include "htcore/document/html_parser.h"
 
+#include <benchmark/benchmark.h>
 #include <cstdio>
 #include <map>
 #include <string>
 #include <vector>
-
-#include "htcore/document/html_parser.h"
 
 #ifdef HTCORE_PEERS
 #include <libxml/HTMLparser.h>
@@ -24,7 +23,8 @@ std::string make_page(int rows) {
          "><a href=\"/items/" + std::to_string(i) + "?q=a&amp;b=c\" title='Item'>Item " + std::to_string(i) +
          "</a> <span data-x=1 hidden>caf\xC3\xA9 &nbsp;&lt;tag&gt; text, more text</span><br/>\n"
          "<!-- row " +
-         std::to_string(i) + " --><p>Paragraph with <b>bold</b> and <i>italic</i> words &#x2014; end.</p></div>\n";
+         std::to_string(i) +
+         " --><p>Paragraph with <b>bold</b> and <i>italic</i> words &#x2014; end.</p></div>\n";
   }
   s += "<script>var a = 1 < 2 && 3 > 2;</script></body></html>\n";
   return s;
@@ -73,7 +73,8 @@ void BM_Libxml2HtmlSax(benchmark::State& state) {
   sax.comment = [](void* ctx, const xmlChar*) { ++*static_cast<size_t*>(ctx); };
   const std::string& p = page();
   for (auto _ : state) {
-    htmlParserCtxtPtr ctx = htmlCreatePushParserCtxt(&sax, &events, nullptr, 0, nullptr, XML_CHAR_ENCODING_UTF8);
+    htmlParserCtxtPtr ctx =
+        htmlCreatePushParserCtxt(&sax, &events, nullptr, 0, nullptr, XML_CHAR_ENCODING_UTF8);
     htmlCtxtUseOptions(ctx, HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING | HTML_PARSE_NONET);
     htmlParseChunk(ctx, p.data(), static_cast<int>(p.size()), 1);
     htmlFreeParserCtxt(ctx);
@@ -106,7 +107,7 @@ private:
   std::map<std::string, double> FRates;
 };
 
-}  // namespace
+} // namespace
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);

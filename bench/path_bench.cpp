@@ -5,6 +5,9 @@
 // cairo reads no path text, so it gets the decoded commands (moves, lines,
 // cubics, elliptic arcs) ready-made; the htcore flatten-only run is the like
 // for like, the parse + flatten run is what a document reader pays.
+#include "bench_inputs.h"
+#include "htcore/graphics/path.h"
+
 #include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstdio>
@@ -12,9 +15,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "bench_inputs.h"
-#include "htcore/graphics/path.h"
 
 #ifdef HTCORE_PEERS
 #include <cairo.h>
@@ -27,7 +27,7 @@ using bench::TInput;
 constexpr float kTolerance = 0.1f;
 
 struct TPaths {
-  TInput all;  // the lines joined, for the byte count
+  TInput all; // the lines joined, for the byte count
   std::vector<ht::hstring> text;
   std::vector<std::unique_ptr<ht::THtCustomPath>> parsed;
 };
@@ -37,7 +37,8 @@ std::vector<std::string> GeneratedPaths() {
   std::vector<std::string> v;
   for (int i = 0; i < 2000; ++i) {
     std::string n = std::to_string(i % 17 + 2);
-    v.push_back("M12," + n + "A" + n + "," + n + " 0 0,1 16,8C16.42,14 20,15.79 20,18V20H4V18C4,15.79 7.58,14 " +
+    v.push_back("M12," + n + "A" + n + "," + n +
+                " 0 0,1 16,8C16.42,14 20,15.79 20,18V20H4V18C4,15.79 7.58,14 " +
                 "12,14Zm-1 -2l3.5 1.5c1 1 2 1 3 0s2-1 3 0q1 2 2 0t2 0z");
   }
   return v;

@@ -1,8 +1,8 @@
 // UTF-8 in, UTF-16 out, and back: never a crash, and valid text round-trips.
+#include "htcore/foundation/hstring.h"
+
 #include <cstddef>
 #include <cstdint>
-
-#include "htcore/foundation/hstring.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string_view in(reinterpret_cast<const char*>(data), size);

@@ -1,10 +1,10 @@
 // Arbitrary text into the colour parser: never a crash, the written form of any
 // colour it answers reads back as that colour, and the name lookups agree.
+#include "htcore/document/html_colours.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
-
-#include "htcore/document/html_colours.h"
 
 namespace {
 
@@ -30,7 +30,7 @@ void check(std::u16string_view text) {
   ht::HtStringtoSysColor(text);
 }
 
-}  // namespace
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // Bytes as Latin-1 text reach the ASCII grammar quickly; pairs of bytes as

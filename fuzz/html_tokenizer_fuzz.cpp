@@ -1,12 +1,12 @@
 // The HTML reader over arbitrary text: never a crash or a hang, in HTML mode
 // never an exception, in XML mode only the documented parser errors. The
 // first byte picks the mode and whether the rest is UTF-8 or raw UTF-16.
+#include "htcore/document/html_parser.h"
+#include "htcore/document/string_parser.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
-
-#include "htcore/document/html_parser.h"
-#include "htcore/document/string_parser.h"
 
 namespace {
 
@@ -32,7 +32,7 @@ void read_items(const ht::hstring& text, bool xml, bool ignore_meta, bool case_s
       __builtin_trap();
     if (hp.Attributes)
       for (const ht::THtAttribute& a : *hp.Attributes)
-        if (a.Name.empty() && a.Value.size() > 0)  // names are never empty
+        if (a.Name.empty() && a.Value.size() > 0) // names are never empty
           __builtin_trap();
     if (n % 7 == 3 && !hp.RepeatCurrent)
       hp.RepeatCurrent = true;
@@ -47,15 +47,36 @@ void read_numbers(const ht::hstring& text, bool strict) {
     const char16_t* before = sp.p;
     try {
       switch (guard % 9) {
-      case 0: sp.ReadInt(); break;
-      case 1: sp.ReadNumEx(); break;
-      case 2: { int64_t i; double d; sp.ReadIntOrFloat(i, d); break; }
-      case 3: sp.ReadHex(); break;
-      case 4: sp.ReadtoWordBreak(s); break;
-      case 5: sp.ReadWord(s); break;
-      case 6: sp.ReadParam(s); break;
-      case 7: sp.ReadtoChar(u';', s, true); break;
-      default: sp.ReadLn(s); break;
+      case 0:
+        sp.ReadInt();
+        break;
+      case 1:
+        sp.ReadNumEx();
+        break;
+      case 2: {
+        int64_t i;
+        double d;
+        sp.ReadIntOrFloat(i, d);
+        break;
+      }
+      case 3:
+        sp.ReadHex();
+        break;
+      case 4:
+        sp.ReadtoWordBreak(s);
+        break;
+      case 5:
+        sp.ReadWord(s);
+        break;
+      case 6:
+        sp.ReadParam(s);
+        break;
+      case 7:
+        sp.ReadtoChar(u';', s, true);
+        break;
+      default:
+        sp.ReadLn(s);
+        break;
       }
     } catch (const ht::EHtParserError&) {
       if (!strict)
@@ -68,7 +89,7 @@ void read_numbers(const ht::hstring& text, bool strict) {
   }
 }
 
-}  // namespace
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0)

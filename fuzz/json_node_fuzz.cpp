@@ -1,6 +1,6 @@
 // Arbitrary text into the JSON tree builder: only parse errors may come out,
-// the direct reader and the token reader agree, and the JSON writer's output reads back into a tree that writes the same
-// text again after two rounds (the writer swaps the CR and LF escapes).
+// the direct reader and the token reader agree, and the JSON writer's output reads back into a tree that
+// writes the same text again after two rounds (the writer swaps the CR and LF escapes).
 #include "htcore/document/xml_node.h"
 
 #include <cstddef>

@@ -1,14 +1,14 @@
 // Any text as SVG path data: parse, write both forms, read the written text
 // back (it must parse without error), flatten at a resolution taken from the
 // first byte, and measure. Flattening must stay bounded by the records read.
+#include "htcore/foundation/exception.h"
+#include "htcore/graphics/path.h"
+
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>
-
-#include "htcore/foundation/exception.h"
-#include "htcore/graphics/path.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 1 || size > 65536)
@@ -25,7 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (bool absolute : {false, true}) {
     ht::hstring written = absolute ? path.AsAbsoluteString() : path.AsString();
     ht::THtCustomPath again;
-    again.Parse(written);  // must not raise: the writer only writes path commands
+    again.Parse(written); // must not raise: the writer only writes path commands
     (void)again.AsString();
   }
   ht::THtCustomPath lines;

@@ -23,7 +23,7 @@ bool ReadByStream(const uint8_t* data, size_t size, ht::TBytes& out) {
   }
 }
 
-}  // namespace
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // An odd first byte puts a valid zlib header in front of the rest, so that

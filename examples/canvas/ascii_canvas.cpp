@@ -5,11 +5,10 @@
 //
 //   cmake -S examples/canvas -B build-example -DCMAKE_PREFIX_PATH=<install prefix>
 //   cmake --build build-example && build-example/ascii_canvas
-#include <htcore/graphics/canvas.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <htcore/graphics/canvas.h>
 #include <string>
 #include <vector>
 

@@ -33,7 +33,7 @@ int compare_names(const hstring& a, const hstring& b, bool case_sensitive) {
   return compare_units(p, a.size(), q, b.size(), !case_sensitive);
 }
 
-}  // namespace
+} // namespace
 
 bool THtAttributes::Find(const hstring& AttrName, int& Index) const {
   Index = 0;
@@ -207,4 +207,4 @@ const THtAttribute& THtAttributes::GetItem(int Index) const {
   return List[Index];
 }
 
-}  // namespace ht
+} // namespace ht

@@ -29,7 +29,7 @@ struct TEntityTables {
 // Filled at start, read-only afterwards, freed at stop.
 TEntityTables* g_tables = nullptr;
 
-}  // namespace
+} // namespace
 
 std::span<const THtEntityRec> HtEntityTable() {
   EnsureStarted();
@@ -75,6 +75,6 @@ void FreeEntityTables() {
   g_tables = nullptr;
 }
 
-}  // namespace detail
+} // namespace detail
 
-}  // namespace ht
+} // namespace ht

@@ -10,4 +10,4 @@ extern uint8_t g_html_char_class[2][256];
 
 void BuildHtmlCharClasses();
 
-}  // namespace ht::detail
+} // namespace ht::detail

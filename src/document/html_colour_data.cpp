@@ -198,4 +198,4 @@ const TSysColorSource kSysColorSource[kHtSysColorCount] = {
     {u"WINDOWTEXT", 8},
 };
 
-}  // namespace ht::detail
+} // namespace ht::detail

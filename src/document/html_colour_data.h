@@ -20,4 +20,4 @@ struct TSysColorSource {
 extern const TColorSource kColorSource[kHtColorCount];
 extern const TSysColorSource kSysColorSource[kHtSysColorCount];
 
-}  // namespace ht::detail
+} // namespace ht::detail

@@ -13,4 +13,4 @@ void BuildJSONCharClasses();
 void FreeEntityTables();
 void FreeColorTables();
 
-}  // namespace ht::detail
+} // namespace ht::detail

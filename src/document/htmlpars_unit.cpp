@@ -22,4 +22,4 @@ void StopHtmlPars() {
   FreeEntityTables();
 }
 
-}  // namespace ht::detail
+} // namespace ht::detail

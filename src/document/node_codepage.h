@@ -17,6 +17,8 @@ inline hstring DecodeCodePage(const char* bytes, size_t len, int codepage) {
 }
 
 // Narrows to 8 bits by the system code page.
-inline RawByteString NarrowToSystemCodePage(std::u16string_view text) { return HtUnicodeToCodePage(text, CP_ACP); }
+inline RawByteString NarrowToSystemCodePage(std::u16string_view text) {
+  return HtUnicodeToCodePage(text, CP_ACP);
+}
 
 } // namespace ht::detail

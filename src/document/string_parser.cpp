@@ -37,7 +37,7 @@ double scale10(double mantissa, int exp10) {
   return -exp10 <= 22 ? mantissa / kPow10[-exp10] : mantissa / std::pow(10.0, -exp10);
 }
 
-}  // namespace
+} // namespace
 
 bool IsClosingPunctuation(char16_t c) {
   switch (c) {
@@ -50,25 +50,25 @@ bool IsClosingPunctuation(char16_t c) {
   case u'?':
   case u']':
   case u'}':
-  case 0xFF0C:  // fullwidth comma
-  case 0x3001:  // ideographic comma
-  case 0x3002:  // ideographic full stop
-  case 0x2014:  // em dash
-  case 0x02C7:  // caron
-  case 0x0401:  // Cyrillic capital IO, as in the GB 2312 punctuation row
-  case 0x3003:  // ditto mark
-  case 0x3005:  // iteration mark
-  case 0xFF5E:  // fullwidth tilde
-  case 0x2026:  // ellipsis
-  case 0x2019:  // right single quote
-  case 0x201D:  // right double quote
+  case 0xFF0C: // fullwidth comma
+  case 0x3001: // ideographic comma
+  case 0x3002: // ideographic full stop
+  case 0x2014: // em dash
+  case 0x02C7: // caron
+  case 0x0401: // Cyrillic capital IO, as in the GB 2312 punctuation row
+  case 0x3003: // ditto mark
+  case 0x3005: // iteration mark
+  case 0xFF5E: // fullwidth tilde
+  case 0x2026: // ellipsis
+  case 0x2019: // right single quote
+  case 0x201D: // right double quote
   case 0x3015:
   case 0x3009:
   case 0x300B:
   case 0x300D:
   case 0x300F:
   case 0x3017:
-  case 0x3011:  // closing brackets
+  case 0x3011: // closing brackets
     return true;
   default:
     return false;
@@ -107,7 +107,7 @@ void TStringParser::SkipEndBlanks() {
     --len;
   if (len == s.size())
     return;
-  s.Truncate(len);  // keeps the NUL behind the text
+  s.Truncate(len); // keeps the NUL behind the text
   p = Start() + (off < len ? off : len);
   pend = Start() + len;
 }
@@ -376,7 +376,7 @@ bool TStringParser::ReadIntOrFloat(int64_t& IntValue, double& ExtValue) {
       is_float = true;
       for (++p; is_digit(*p); ++p) {
       }
-    } else if (RaiseException && p[1] != u'.') {  // "1..2" is a range in scripts
+    } else if (RaiseException && p[1] != u'.') { // "1..2" is a range in scripts
       BadNumber();
     }
   }
@@ -421,4 +421,4 @@ bool TStringParser::ReadIntOrFloat(int64_t& IntValue, double& ExtValue) {
   return false;
 }
 
-}  // namespace ht
+} // namespace ht

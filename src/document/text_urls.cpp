@@ -55,12 +55,12 @@ size_t trim_tail(view w) {
   return n;
 }
 
-}  // namespace
+} // namespace
 
 hstring ReplaceTextURLs(const hstring& s, const TReplaceURLProc& Proc) {
   view text = s.view();
   TFastString out(static_cast<int>(text.size()) + 256);
-  size_t copied = 0;  // text[0, copied) is already in out
+  size_t copied = 0; // text[0, copied) is already in out
   bool found = false;
   size_t i = 0;
   while (i < text.size()) {
@@ -92,4 +92,4 @@ hstring ReplaceTextURLs(const hstring& s, const TReplaceURLProc& Proc) {
   return out.GetAsString();
 }
 
-}  // namespace ht
+} // namespace ht

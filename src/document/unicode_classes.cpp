@@ -20,7 +20,7 @@ bool InRanges(const TCharRange* first, const TCharRange* last, char16_t c) noexc
   return r != last && r->lo <= c;
 }
 
-}  // namespace
+} // namespace
 
 THtTextRunBidi CharBidi(char16_t c) noexcept {
   if ((c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z'))
@@ -61,4 +61,4 @@ bool IsNumber(char16_t c) noexcept {
   return InRanges(std::begin(kNumberRanges), std::end(kNumberRanges), c);
 }
 
-}  // namespace ht
+} // namespace ht

@@ -28,7 +28,8 @@ bool is_blank(sv s) {
 // text that arrived as 8-bit units (it checks the bytes first).
 void check_declaration(THtmlParser& HP) {
   const TStringParser& sp = HP.Tokenizer.Parser;
-  if (HP.Encoding != heUTF8 && detail::DeclaresUtf8(HP.Value.view()) && detail::MayBeNarrowUtf8(sp.p, sp.pend))
+  if (HP.Encoding != heUTF8 && detail::DeclaresUtf8(HP.Value.view()) &&
+      detail::MayBeNarrowUtf8(sp.p, sp.pend))
     HP.ChangeEncoding(heUTF8, 0);
 }
 

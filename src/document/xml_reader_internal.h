@@ -2,7 +2,6 @@
 #pragma once
 
 #include "htcore/document/xml_node.h"
-
 #include "htcore/foundation/hash.h"
 #include "htcore/foundation/text_utils.h"
 

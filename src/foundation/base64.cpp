@@ -78,8 +78,7 @@ hstring Encode(const void* P, size_t Len, bool lines) {
   return out;
 }
 
-template <class CharT>
-inline uint8_t Lookup(CharT c) {
+template <class CharT> inline uint8_t Lookup(CharT c) {
   using U = std::make_unsigned_t<CharT>;
   U u = static_cast<U>(c);
   if constexpr (sizeof(CharT) > 1) {
@@ -90,8 +89,7 @@ inline uint8_t Lookup(CharT c) {
 }
 
 // Returns the end of the bytes written; o has room for n * 3 / 4 + 3 bytes.
-template <class CharT>
-uint8_t* Decode(const CharT* s, size_t n, uint8_t* o) {
+template <class CharT> uint8_t* Decode(const CharT* s, size_t n, uint8_t* o) {
   size_t i = 0;
   uint32_t acc = 0;
   int have = 0;
@@ -136,14 +134,13 @@ uint8_t* Decode(const CharT* s, size_t n, uint8_t* o) {
   return o;
 }
 
-template <class CharT>
-TBytes DecodeToBytes(const CharT* s, size_t n) {
+template <class CharT> TBytes DecodeToBytes(const CharT* s, size_t n) {
   TBytes out(n / 4 * 3 + 3);
   out.resize(static_cast<size_t>(Decode(s, n, out.data()) - out.data()));
   return out;
 }
 
-}  // namespace
+} // namespace
 
 hstring Base64EncodeNoLF(const void* P, size_t Len) { return Encode(P, Len, false); }
 hstring Base64EncodeNoLF(const TBytes& Bytes) { return Encode(Bytes.data(), Bytes.size(), false); }
@@ -163,4 +160,4 @@ hstring Base64DecodeString(std::u16string_view S) {
   return Utf8ToHString(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
 }
 
-}  // namespace ht
+} // namespace ht

@@ -99,7 +99,7 @@ void blur_general(const uint64_t* p, int n, const uint64_t* w, int size, uint32_
   }
 }
 
-}  // namespace
+} // namespace
 
 void BlurRow(const uint32_t* Src, int Width, const TKernel& K, uint32_t* Dst, int Left, int Right,
              int SkipFrom, int SkipTo) {
@@ -188,4 +188,4 @@ void BlurRow(const uint32_t* Src, int Width, const TKernel& K, uint32_t* Dst, in
   run(SkipTo, Right);
 }
 
-}  // namespace ht
+} // namespace ht

@@ -24,7 +24,7 @@ __attribute__((target("avx2"))) inline __m128i load1(const uint32_t* p) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
 }
 
-}  // namespace
+} // namespace
 
 // A lane sum stays below 2^32 while the weights sum to less than 2^32 / 255,
 // and a pair's weight is below half the sum, so adding the pair's two pixels
@@ -74,4 +74,4 @@ void BlurSymmetricAVX2(const uint32_t*, int, const uint32_t*, int, uint32_t*) no
 
 #endif
 
-}  // namespace ht::detail
+} // namespace ht::detail

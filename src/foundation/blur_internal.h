@@ -17,4 +17,4 @@ bool BlurAVX2Available() noexcept;
 // weights of the centre and of each symmetric pair.
 void BlurSymmetricAVX2(const uint32_t* lanes, int n, const uint32_t* w, int size, uint32_t* dst) noexcept;
 
-}  // namespace ht::detail
+} // namespace ht::detail

@@ -1,15 +1,14 @@
 #include "htcore/foundation/cached_file_stream.h"
 
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "foundation/sys_files.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-
-#include "foundation/sys_files.h"
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace ht {
 
@@ -125,4 +124,4 @@ int64_t THtCachedFileStream::Seek(int64_t offset, TSeekOrigin origin) {
   return FPosition;
 }
 
-}  // namespace ht
+} // namespace ht

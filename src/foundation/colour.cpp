@@ -18,7 +18,7 @@ inline uint8_t to_byte(double v) noexcept {
   return static_cast<uint8_t>(std::lrint(v));
 }
 
-}  // namespace
+} // namespace
 
 uint32_t Lighter(uint32_t Color, int Percent) noexcept {
   uint32_t result = Color & 0xFF000000u;
@@ -122,4 +122,4 @@ TRGBA HSVToRGB(const THSBColor& C) noexcept {
 
 uint32_t HSBtoRGBColor(double H, double S, double B) noexcept { return HSVToRGB({H, S, B}).Color(); }
 
-}  // namespace ht
+} // namespace ht

@@ -18,7 +18,7 @@ void StartCpu() {
 #endif
 }
 
-}  // namespace detail
+} // namespace detail
 
 bool SSE2Enabled() noexcept {
   EnsureStarted();
@@ -35,4 +35,4 @@ bool AVX2Enabled() noexcept {
   return detail::g_cpu.avx2;
 }
 
-}  // namespace ht
+} // namespace ht

@@ -12,4 +12,4 @@ struct TCpuFeatures {
 extern TCpuFeatures g_cpu;
 void StartCpu();
 
-}  // namespace ht::detail
+} // namespace ht::detail

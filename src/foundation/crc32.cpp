@@ -1,10 +1,10 @@
 #include "htcore/foundation/crc32.h"
 
-#include <bit>
-#include <cstring>
-
 #include "foundation/crc32_internal.h"
 #include "htcore/foundation/startup.h"
+
+#include <bit>
+#include <cstring>
 
 #if defined(__x86_64__) || defined(__i386__)
 #include <immintrin.h>
@@ -83,7 +83,7 @@ HT_CLMUL uint32_t FoldClmul(uint32_t crc, const uint8_t* p, size_t n) {
 }
 #endif
 
-}  // namespace
+} // namespace
 
 void StartCRC32() {
   for (uint32_t i = 0; i < 256; ++i) {
@@ -125,7 +125,7 @@ uint32_t UpdateCRC32Table(uint32_t crc, const uint8_t* p, size_t n) noexcept {
   return crc;
 }
 
-}  // namespace detail
+} // namespace detail
 
 uint32_t UpdateCRC32(uint32_t Crc, const void* P, size_t Len) noexcept {
   EnsureStarted();
@@ -171,4 +171,4 @@ uint32_t CalcStrCRC32(std::u16string_view S) noexcept {
   return crc;
 }
 
-}  // namespace ht
+} // namespace ht

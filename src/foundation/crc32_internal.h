@@ -13,4 +13,4 @@ void StartCRC32();
 uint32_t UpdateCRC32Table(uint32_t crc, const uint8_t* p, size_t n) noexcept;
 bool CRC32HasClmul() noexcept;
 
-}  // namespace ht::detail
+} // namespace ht::detail

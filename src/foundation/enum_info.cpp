@@ -18,7 +18,7 @@ bool IsIdentChar(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
 }
 
-}  // namespace
+} // namespace
 
 TEnumTypeInfo::TEnumTypeInfo(const char* type_name, const char* names) : FName(type_name) {
   const char* p = names;
@@ -33,7 +33,7 @@ TEnumTypeInfo::TEnumTypeInfo(const char* type_name, const char* names) : FName(t
     hstring name = hstring::FromUtf8(std::string_view(start, static_cast<size_t>(p - start)));
     FLower.emplace(AsciiLower(name.view()), static_cast<int>(FNames.size()));
     FNames.push_back(name);
-    while (*p && *p != ',')  // skip anything up to the next member
+    while (*p && *p != ',') // skip anything up to the next member
       ++p;
   }
 }
@@ -49,4 +49,4 @@ hstring TEnumTypeInfo::NameOf(int value) const {
   return FNames[static_cast<size_t>(value)];
 }
 
-}  // namespace ht
+} // namespace ht

@@ -7,4 +7,4 @@ Exception::Exception(hstring message) : FMessage(std::move(message)), FUtf8(FMes
 Exception::Exception(std::string_view utf8_message)
     : FMessage(Utf8ToHString(utf8_message)), FUtf8(utf8_message) {}
 
-}  // namespace ht
+} // namespace ht

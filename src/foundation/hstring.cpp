@@ -32,13 +32,13 @@ void FreeStr(void* header) {
 
 void StrTooLong() { throw EOutOfMemory(); }
 
-}  // namespace detail
+} // namespace detail
 
 hstring Utf8ToHString(std::string_view utf8) {
   if (utf8.empty())
     return hstring();
   hstring out;
-  char16_t* d = out.SetLength(utf8.size());  // never more units than bytes
+  char16_t* d = out.SetLength(utf8.size()); // never more units than bytes
   char16_t* start = d;
   auto s = reinterpret_cast<const uint8_t*>(utf8.data());
   const uint8_t* end = s + utf8.size();
@@ -88,7 +88,7 @@ hstring Utf8ToHString(std::string_view utf8) {
     }
     if (end - s <= extra) {
       extra = static_cast<int>(end - s) - 1;
-      min = 0xFFFFFFFF;  // truncated: force the replacement below
+      min = 0xFFFFFFFF; // truncated: force the replacement below
     }
     int i = 1;
     for (; i <= extra; ++i) {
@@ -149,4 +149,4 @@ std::string HStringToUtf8(std::u16string_view text) {
   return out;
 }
 
-}  // namespace ht
+} // namespace ht

@@ -31,7 +31,7 @@ inline void Store32(uint8_t* p, uint32_t v) {
   p[3] = static_cast<uint8_t>(v >> 24);
 }
 
-}  // namespace
+} // namespace
 
 void TMD5::Reset() noexcept {
   FState[0] = 0x67452301;
@@ -135,4 +135,4 @@ hstring MD5DigestToHex(const TMD5Digest& Digest) {
   return out;
 }
 
-}  // namespace ht
+} // namespace ht

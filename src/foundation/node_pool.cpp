@@ -30,9 +30,8 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
-#include <vector>
-
 #include <sys/mman.h>
+#include <vector>
 
 #if defined(__SANITIZE_ADDRESS__)
 #define HT_POOL_ASAN 1
@@ -78,8 +77,8 @@ struct TChunkHead {
 struct TRange {
   uintptr_t Base = 0;
   std::mutex Lock;
-  size_t Used = 0;           // chunks ever handed out
-  std::vector<char*> Free;   // handed back, still mapped
+  size_t Used = 0;         // chunks ever handed out
+  std::vector<char*> Free; // handed back, still mapped
   std::atomic<size_t> Held{0};
   bool Failed = false;
 };

@@ -307,7 +307,7 @@ std::vector<std::u16string_view> split_sections(std::u16string_view f) {
   return out;
 }
 
-}  // namespace
+} // namespace
 
 hstring HtFormatFloat(std::u16string_view Format, double Value) {
   if (!std::isfinite(Value))
@@ -384,4 +384,4 @@ hstring HtFormatDecimal(double Value, int Digits) {
   return ascii(digits);
 }
 
-}  // namespace ht
+} // namespace ht

@@ -40,4 +40,4 @@ void RC4CryptData(TRC4Key& Key, void* P, size_t Len) noexcept {
 
 void RC4Crypt(TRC4Key& Key, TBytes& Bytes) noexcept { RC4CryptData(Key, Bytes.data(), Bytes.size()); }
 
-}  // namespace ht
+} // namespace ht

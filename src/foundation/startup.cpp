@@ -1,9 +1,9 @@
 #include "htcore/foundation/startup.h"
 
+#include "foundation/units.h"
+
 #include <cstdlib>
 #include <mutex>
-
-#include "foundation/units.h"
 
 namespace ht {
 namespace detail {
@@ -48,8 +48,8 @@ bool g_exit_hook = false;
 
 void StopAtExit() { Finalize(); }
 
-}  // namespace
-}  // namespace detail
+} // namespace
+} // namespace detail
 
 void Initialize() {
   using namespace detail;
@@ -83,4 +83,4 @@ void Finalize() {
 
 bool IsInitialized() noexcept { return detail::g_started.load(std::memory_order_acquire); }
 
-}  // namespace ht
+} // namespace ht

@@ -1,15 +1,14 @@
 #include "htcore/foundation/stream_types.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "foundation/sys_files.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-
-#include "foundation/sys_files.h"
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace ht {
 
@@ -18,7 +17,7 @@ namespace {
 // Read and write in slices the kernel takes in one call.
 constexpr int64_t kMaxIo = 0x40000000;
 
-}  // namespace
+} // namespace
 
 // TCustomMemoryStream
 
@@ -91,7 +90,7 @@ int64_t TMemoryStream::Write(const void* buffer, int64_t count) {
     return 0;
   if (end > FSize) {
     Grow(end);
-    if (FPosition > FSize)  // a gap left by seeking past the end reads as zeros
+    if (FPosition > FSize) // a gap left by seeking past the end reads as zeros
       std::memset(FMemory + FSize, 0, static_cast<size_t>(FPosition - FSize));
     FSize = end;
   }
@@ -154,7 +153,7 @@ int64_t TBytesStream::Write(const void* buffer, int64_t count) {
   if (end > FSize) {
     if (static_cast<uint64_t>(end) > FBytes.capacity())
       FBytes.reserve(std::max<size_t>(static_cast<size_t>(end), FBytes.capacity() * 2));
-    FBytes.resize(static_cast<size_t>(end));  // zero-fills a gap past the old end
+    FBytes.resize(static_cast<size_t>(end)); // zero-fills a gap past the old end
   }
   std::memcpy(FBytes.data() + FPosition, buffer, static_cast<size_t>(count));
   Sync();
@@ -297,4 +296,4 @@ void TFileStream::SetSize(int64_t size) {
     Seek(0, soEnd);
 }
 
-}  // namespace ht
+} // namespace ht

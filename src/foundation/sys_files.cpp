@@ -31,4 +31,4 @@ int64_t SeekTarget(int64_t position, int64_t size, int64_t offset, TSeekOrigin o
   return target;
 }
 
-}  // namespace ht::detail
+} // namespace ht::detail

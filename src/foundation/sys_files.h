@@ -1,11 +1,11 @@
 // Small POSIX helpers shared by the file streams.
 #pragma once
 
-#include <string>
-#include <string_view>
-
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/stream.h"
+
+#include <string>
+#include <string_view>
 
 namespace ht::detail {
 
@@ -18,4 +18,4 @@ hstring WithSysError(std::string_view message, int error);
 // The position a seek lands on; raises EStreamError before the start.
 int64_t SeekTarget(int64_t position, int64_t size, int64_t offset, TSeekOrigin origin);
 
-}  // namespace ht::detail
+} // namespace ht::detail

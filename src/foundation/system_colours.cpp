@@ -47,7 +47,7 @@ std::atomic<TThemeColorProc> g_theme_proc{nullptr};
 
 inline uint32_t table_color(int Index) noexcept { return Index >= 0 && Index < 31 ? kSysColors[Index] : 0; }
 
-}  // namespace
+} // namespace
 
 uint32_t DefaultThemeColor(int Index) noexcept { return Color2Win(table_color(Index)) | 0xFF000000u; }
 
@@ -67,4 +67,4 @@ TThemeColorProc SetThemeColorPrc(TThemeColorProc Proc) noexcept {
   return g_theme_proc.exchange(Proc, std::memory_order_acq_rel);
 }
 
-}  // namespace ht
+} // namespace ht

@@ -25,4 +25,4 @@ void StopHtmlCss();
 void StartHtTemplates();
 void StopHtTemplates();
 
-}  // namespace ht::detail
+} // namespace ht::detail

@@ -1,16 +1,15 @@
 #include "htcore/foundation/zip.h"
 
-#include <zlib.h>
+#include "foundation/zip_internal.h"
+#include "htcore/foundation/startup.h"
+#include "htcore/foundation/stream_types.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstring>
 #include <mutex>
 #include <string>
-
-#include "foundation/zip_internal.h"
-#include "htcore/foundation/startup.h"
-#include "htcore/foundation/stream_types.h"
+#include <zlib.h>
 
 namespace ht {
 
@@ -36,7 +35,7 @@ RawByteString ToRaw(const TBytes& b) {
   return RawByteString(reinterpret_cast<const char*>(b.data()), b.size());
 }
 
-}  // namespace
+} // namespace
 
 EZLibError::EZLibError(int code, const char* detail)
     : Exception(std::string_view(ZMessage(code, detail))), FCode(code) {}
@@ -56,7 +55,7 @@ void StopZip() {
   }
 }
 
-}  // namespace detail
+} // namespace detail
 
 // TDefZipImplementation
 
@@ -80,7 +79,7 @@ void TDefZipImplementation::Decompress(const void* Src, size_t SrcLen, void* Des
   int r = inflateInit(&z);
   if (r != Z_OK)
     throw EZLibError(r, z.msg);
-  Bytef dummy;  // inflate wants somewhere to write even when there is no room
+  Bytef dummy; // inflate wants somewhere to write even when there is no room
   z.next_in = static_cast<Bytef*>(const_cast<void*>(Src));
   z.next_out = DestLen ? static_cast<Bytef*>(Dest) : &dummy;
   size_t in_left = SrcLen, out_left = DestLen;
@@ -125,7 +124,7 @@ void TDefZipImplementation::ZDecompress(const void* Src, size_t SrcLen, TBytes& 
   Dest.clear();
   TPointerStream in(Src, static_cast<int64_t>(SrcLen));
   TFixedZDecompressionStream z(in);
-  std::unique_ptr<uint8_t[]> block(new uint8_t[kBlock]);  // not zero-filled, unlike a vector
+  std::unique_ptr<uint8_t[]> block(new uint8_t[kBlock]); // not zero-filled, unlike a vector
   for (;;) {
     int64_t n = z.Read(block.get(), kBlock);
     Dest.insert(Dest.end(), block.get(), block.get() + n);
@@ -150,7 +149,7 @@ void THtZIP::RegisterImplementation(std::shared_ptr<IHtZipImplementation> Impl) 
 std::shared_ptr<IHtZipImplementation> THtZIP::Implementation() {
   EnsureStarted();
   std::lock_guard<std::mutex> guard(g_lock);
-  if (!g_impl)  // stopped: serve the default rather than fail
+  if (!g_impl) // stopped: serve the default rather than fail
     return std::make_shared<TDefZipImplementation>();
   return g_impl;
 }
@@ -215,4 +214,4 @@ void THtZIP::ZDecompress(const RawByteString& Src, RawByteString& Dest) {
   Dest = ToRaw(out);
 }
 
-}  // namespace ht
+} // namespace ht

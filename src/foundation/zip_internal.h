@@ -6,4 +6,4 @@ namespace ht::detail {
 void StartZip();
 void StopZip();
 
-}  // namespace ht::detail
+} // namespace ht::detail

@@ -1,9 +1,8 @@
-#include <zlib.h>
+#include "htcore/foundation/zip.h"
 
 #include <algorithm>
 #include <climits>
-
-#include "htcore/foundation/zip.h"
+#include <zlib.h>
 
 namespace ht {
 
@@ -15,7 +14,7 @@ constexpr int64_t kMaxSlice = 0x40000000;
 
 [[noreturn]] void InvalidOperation() { throw EStreamError(std::string_view("Invalid stream operation")); }
 
-}  // namespace
+} // namespace
 
 // TFixedZDecompressionStream
 
@@ -146,7 +145,7 @@ TZCompressionStream::~TZCompressionStream() {
   if (!F->Finished) {
     try {
       Finish();
-    } catch (...) {  // a destructor cannot report; call Finish to see errors
+    } catch (...) { // a destructor cannot report; call Finish to see errors
     }
   }
   deflateEnd(&F->Z);
@@ -187,4 +186,4 @@ void TZCompressionStream::Finish() {
   s.Pump(Z_FINISH);
 }
 
-}  // namespace ht
+} // namespace ht

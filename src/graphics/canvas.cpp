@@ -2,12 +2,12 @@
 // DrawPath and FillPath, scratch pens and brushes, fonts and paging.
 #include "htcore/graphics/canvas.h"
 
-#include <algorithm>
-#include <cmath>
-
 #include "graphics/path_internal.h"
 #include "htcore/foundation/stream_types.h"
 #include "htcore/foundation/text_utils.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace ht {
 
@@ -21,9 +21,7 @@ std::recursive_mutex& HtCanvasLock() {
   return lock;
 }
 
-THtCanvas::THtCanvas() {
-  Scene.Scale = 1;
-}
+THtCanvas::THtCanvas() { Scene.Scale = 1; }
 
 THtCanvas::~THtCanvas() = default;
 
@@ -67,7 +65,7 @@ bool THtCanvas::HasFont(const hstring& FontName) {
     return true;
   // Style words that a family name may carry, each cut once if it ends the name.
   static const char16_t* const kStyleWords[] = {u" narrow", u" black", u" bold",       u" extrabold",
-                                                 u" medium", u" light", u" extralight", u" regular"};
+                                                u" medium", u" light", u" extralight", u" regular"};
   std::u16string n(name.c_str(), name.size());
   for (const char16_t* w : kStyleWords) {
     std::u16string_view word(w);
@@ -196,8 +194,8 @@ void THtCanvas::MatrixTransform(const THtMatrixData& M, bool Add) {
   FReverseMatrix.Inverse();
 }
 
-void THtCanvas::DrawTextShadow(const hstring& s, const TRectF& R, const THtTextStyle& TextStyle, THtFont& Font,
-                               float HOffset, float VOffset, float, uint32_t ShadowColor) {
+void THtCanvas::DrawTextShadow(const hstring& s, const TRectF& R, const THtTextStyle& TextStyle,
+                               THtFont& Font, float HOffset, float VOffset, float, uint32_t ShadowColor) {
   THtTextStyle shadow = TextStyle;
   shadow.Color = ShadowColor;
   TRectF moved = R;
@@ -337,4 +335,4 @@ void THtCustomPath::DrawPath(THtCanvas& Canvas, THtPen& Pen) const {
   }
 }
 
-}  // namespace ht
+} // namespace ht

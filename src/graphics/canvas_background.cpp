@@ -1,9 +1,9 @@
 // Images on the canvas: replaying recorded pictures and laying out CSS
 // background images (size, position, repeat) as calls of DrawImage.
+#include "htcore/graphics/canvas.h"
+
 #include <algorithm>
 #include <cmath>
-
-#include "htcore/graphics/canvas.h"
 
 namespace ht {
 
@@ -37,7 +37,7 @@ void Position(const TMeasure& m, TMeasureFlag Far, TMeasureFlag Near, bool Shift
   }
 }
 
-}  // namespace
+} // namespace
 
 void THtCanvas::DrawImage(THtImage& Image, const TRectF& R, float Opacity) {
   if (!Image.HasRecording() || !Image.Loaded())
@@ -53,8 +53,8 @@ void THtCanvas::DrawImage(THtImage& Image, const TRectF& R, float Opacity) {
   RestoreState();
 }
 
-void THtCanvas::DoFillImage(THtImage& Image, float Opacity, float, const TRectF& R, TPointF Origin, bool RepeatY,
-                            bool RepeatX, float H, float W) {
+void THtCanvas::DoFillImage(THtImage& Image, float Opacity, float, const TRectF& R, TPointF Origin,
+                            bool RepeatY, bool RepeatX, float H, float W) {
   if (!(W > 0) || !(H > 0))
     return;
   double nx = RepeatX ? std::ceil(RW(R) / W) : 1, ny = RepeatY ? std::ceil(RH(R) / H) : 1;
@@ -121,8 +121,9 @@ void THtCanvas::FillImage(const TRectF& R, THtImage& Image, float OriginDeltaX, 
     return;
   }
   // The y delta enters with the other sign here; pages rely on it.
-  DrawImage(Image, TRectF{left + OriginDeltaX, top - OriginDeltaY, left + W + OriginDeltaX, top + H - OriginDeltaY},
+  DrawImage(Image,
+            TRectF{left + OriginDeltaX, top - OriginDeltaY, left + W + OriginDeltaX, top + H - OriginDeltaY},
             Opacity);
 }
 
-}  // namespace ht
+} // namespace ht

@@ -1,11 +1,11 @@
 // Box shadows from the primitives: a blurred shape painted into a bitmap of
 // the canvas's own class, drawn directly for small boxes and as a cached
 // nine-patch for large ones.
+#include "htcore/graphics/canvas.h"
+
 #include <algorithm>
 #include <cmath>
 #include <memory>
-
-#include "htcore/graphics/canvas.h"
 
 namespace ht {
 
@@ -27,7 +27,7 @@ struct TBitmapScene {
   }
 };
 
-}  // namespace
+} // namespace
 
 void THtCanvas::PaintShadowShape(THtCanvas& c, THtPath* Path, const TRectF& R, const THtShadowProps& Props,
                                  uint32_t Color) {
@@ -150,4 +150,4 @@ void THtCanvas::ShadowNinePatch(const THtShadowProps& Props, const TRectF& Box, 
     RestoreState();
 }
 
-}  // namespace ht
+} // namespace ht

@@ -1,9 +1,9 @@
 // Brushes, pens, pages, bitmaps and scenes.
-#include <algorithm>
-#include <cmath>
-
 #include "graphics/path_internal.h"
 #include "htcore/graphics/canvas.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace ht {
 
@@ -18,14 +18,15 @@ void THtBrush::CreateGradient(const TRectF& R, uint32_t, uint32_t, float AAngle,
   FMatrix.Reset();
   // The same as adding or subtracting 360 until in range, without a loop for huge angles.
   if (AAngle < 0 || AAngle > 360)
-    AAngle = std::isfinite(AAngle) ? static_cast<float>(std::fmod(std::fmod(AAngle, 360.0) + 360.0, 360.0)) : 0;
+    AAngle =
+        std::isfinite(AAngle) ? static_cast<float>(std::fmod(std::fmod(AAngle, 360.0) + 360.0, 360.0)) : 0;
   Angle = AAngle;
   GradientRect = R;
   FillRect = AFillRect;
 }
 
-void THtBrush::CreateRadialGradient(float AOffsetX, float AOffsetY, float ACx, float ACy, float AFX, float AFY,
-                                    float ARadius, const THtMatrixData& AMatrix) {
+void THtBrush::CreateRadialGradient(float AOffsetX, float AOffsetY, float ACx, float ACy, float AFX,
+                                    float AFY, float ARadius, const THtMatrixData& AMatrix) {
   Kind = hbRadial;
   OffsetX = AOffsetX;
   OffsetY = AOffsetY;
@@ -202,7 +203,9 @@ std::vector<uint8_t> THtPage::AsMetaFileBytes() {
   throw Exception(std::string("Metafile is not implemented for class ") + ClassName());
 }
 
-TObject* THtPage::AsMetaFile() { throw Exception(std::string("Metafile is not implemented for class ") + ClassName()); }
+TObject* THtPage::AsMetaFile() {
+  throw Exception(std::string("Metafile is not implemented for class ") + ClassName());
+}
 
 THtBitmap::THtBitmap(int, int, bool) {}
 
@@ -242,8 +245,8 @@ void THtCanvasScene::AddUpdateRect(const TRect& R) {
   UpdateRects.push_back(R);
   if (UpdateRects.size() == 1 && RW(ClipRect) <= 0)
     ClipRect = R;
-  ClipRect = {std::min(ClipRect.Left, R.Left), std::min(ClipRect.Top, R.Top), std::max(ClipRect.Right, R.Right),
-              std::max(ClipRect.Bottom, R.Bottom)};
+  ClipRect = {std::min(ClipRect.Left, R.Left), std::min(ClipRect.Top, R.Top),
+              std::max(ClipRect.Right, R.Right), std::max(ClipRect.Bottom, R.Bottom)};
 }
 
 void THtCanvasScene::ExpandUpdateRects(int ALeft, int ATop, int ABottom, int ARight) {
@@ -255,4 +258,4 @@ void THtCanvasScene::ExpandUpdateRects(int ALeft, int ATop, int ABottom, int ARi
   }
 }
 
-}  // namespace ht
+} // namespace ht

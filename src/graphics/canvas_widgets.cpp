@@ -1,9 +1,9 @@
 // The default form widgets and the wavy underline, drawn with the primitives
 // in logical pixels (the DPI argument is not applied).
+#include "htcore/graphics/canvas.h"
+
 #include <algorithm>
 #include <memory>
-
-#include "htcore/graphics/canvas.h"
 
 namespace ht {
 
@@ -20,7 +20,7 @@ THtPen& WidgetPen(THtCanvas& c, bool HOver, bool Disabled) {
   return pen;
 }
 
-}  // namespace
+} // namespace
 
 void THtCanvas::DrawCheck(const TRectF& R, float, bool Checked, bool, bool HOver, bool Disabled) {
   THtPen& pen = WidgetPen(*this, HOver, Disabled);
@@ -76,4 +76,4 @@ void THtCanvas::DrawWavyLine(float x1, float y1, float x2, float, THtPen& Pen) {
   DrawPath(Pen, *p);
 }
 
-}  // namespace ht
+} // namespace ht

@@ -1,10 +1,10 @@
 #include "htcore/graphics/matrix.h"
 
-#include <cmath>
-#include <numbers>
-
 #include "htcore/foundation/exception.h"
 #include "htcore/foundation/fast_string.h"
+
+#include <cmath>
+#include <numbers>
 
 namespace ht {
 
@@ -39,7 +39,7 @@ void AddList(TFastString& fs, std::initializer_list<float> values) {
 
 bool IsZero(float v) { return SameValue(v, 0.0f); }
 
-}  // namespace
+} // namespace
 
 THtMatrixData THtMatrixData::CreateRotation(float Angle) noexcept {
   double a = Angle * kDegToRad;
@@ -174,9 +174,7 @@ bool THtMatrixData::Inverse() noexcept {
   return true;
 }
 
-TPoint THtMatrixData::TransformPoint(TPoint P) const noexcept {
-  return P2P(TransformPoint(P2F(P)));
-}
+TPoint THtMatrixData::TransformPoint(TPoint P) const noexcept { return P2P(TransformPoint(P2F(P))); }
 
 TRectF THtMatrixData::TransformRect(const TRectF& R) const noexcept {
   switch (Flags) {
@@ -304,7 +302,8 @@ hstring THtCustomMatrix::AsString(bool UsePX) const {
   return fs.GetAsString();
 }
 
-THtCustomMatrixStack::THtCustomMatrixStack() : THtObjectListOf<THtCustomMatrix>(true), CurrentMatrix(new THtCustomMatrix) {}
+THtCustomMatrixStack::THtCustomMatrixStack()
+    : THtObjectListOf<THtCustomMatrix>(true), CurrentMatrix(new THtCustomMatrix) {}
 
 THtCustomMatrixStack::~THtCustomMatrixStack() { delete CurrentMatrix; }
 
@@ -319,4 +318,4 @@ void THtCustomMatrixStack::RestoreState() {
   CurrentMatrix = ExtractAt(Count() - 1);
 }
 
-}  // namespace ht
+} // namespace ht

@@ -2,10 +2,10 @@
 // list of THtCustomPath with its point merging rules.
 #include "htcore/graphics/path.h"
 
+#include "graphics/path_internal.h"
+
 #include <cmath>
 #include <numbers>
-
-#include "graphics/path_internal.h"
 
 namespace ht {
 
@@ -16,13 +16,16 @@ THtPath::~THtPath() {
     delete FCustomPath;
 }
 
-double THtPath::XEllipse(double Angle, double Rx, double Ry) const { return detail::ParamToAngle(Angle, Rx, Ry); }
+double THtPath::XEllipse(double Angle, double Rx, double Ry) const {
+  return detail::ParamToAngle(Angle, Rx, Ry);
+}
 
 double THtPath::XCircle(double Angle, double Rx, double Ry) { return detail::AngleToParam(Angle, Rx, Ry); }
 
 TPointF THtPath::GetPositionForAngle(double Angle, TPointF Center, double RadiusX, double RadiusY) {
   double a = Angle * detail::kDegToRad;
-  return {static_cast<float>(std::cos(a) * RadiusX + Center.X), static_cast<float>(std::sin(a) * RadiusY + Center.Y)};
+  return {static_cast<float>(std::cos(a) * RadiusX + Center.X),
+          static_cast<float>(std::sin(a) * RadiusY + Center.Y)};
 }
 
 TPointF THtPath::CurrentPoint() const { return FCustomPath ? FCustomPath->LastPoint() : TPointF{0, 0}; }
@@ -108,7 +111,9 @@ void THtCustomPath::AddArc(float X, float Y, float w, float h, float StartAngle,
   Add(prArc).Points = {{X, Y}, {w, h}, {StartAngle, SweepAngle}};
 }
 
-void THtCustomPath::AddEllipse(float X, float Y, float w, float h) { Add(prEllipse).Points = {{X, Y}, {w, h}}; }
+void THtCustomPath::AddEllipse(float X, float Y, float w, float h) {
+  Add(prEllipse).Points = {{X, Y}, {w, h}};
+}
 
 void THtCustomPath::AddRectangle(float X, float Y, float w, float h) {
   Add(prMoveTo).Point = {X, Y};
@@ -178,7 +183,7 @@ void THtCustomPath::AddBeziers(std::span<const TPointF> APoints) {
 void THtCustomPath::AddPath(const THtPath& APath) {
   const THtCustomPath* src = APath.FCustomPath;
   if (!src || src == this) {
-    if (src == this) {  // a copy first: adding grows the array being read
+    if (src == this) { // a copy first: adding grows the array being read
       std::vector<THtPathRec> copy(FRecs.begin(), FRecs.begin() + FCount);
       for (const THtPathRec& r : copy)
         Add(r.Kind) = r;
@@ -243,7 +248,7 @@ void THtCustomPath::Translate(float dx, float dy) {
 void THtCustomPath::Transform(const THtMatrixData& M) {
   std::vector<THtPathRec> out;
   out.reserve(static_cast<size_t>(FCount));
-  TPointF cur{0, 0};  // untransformed
+  TPointF cur{0, 0}; // untransformed
   bool figure = false;
   for (int i = 0; i < FCount; ++i) {
     THtPathRec r = FRecs[static_cast<size_t>(i)];
@@ -337,4 +342,4 @@ bool THtCustomPath::IsRect() const {
   return lines == 3 || lines == 4;
 }
 
-}  // namespace ht
+} // namespace ht

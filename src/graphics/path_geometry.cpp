@@ -1,8 +1,8 @@
 // Arc geometry: true angles to circle parameters, arcs as cubic groups, and
 // the SVG endpoint form to the centre form.
-#include <cmath>
-
 #include "graphics/path_internal.h"
+
+#include <cmath>
 
 namespace ht {
 
@@ -65,7 +65,7 @@ double VectorAngle(double ux, double uy, double vx, double vy) {
   return ux * vy - uy * vx < 0 ? -a : a;
 }
 
-}  // namespace
+} // namespace
 
 void CalcArc(double X0, double Y0, double X, double Y, double& Rx, double& Ry, double Phi, bool LargeFlag,
              bool SweepFlag, double& CX, double& CY, double& AStart, double& ASweep) {
@@ -111,4 +111,4 @@ void CalcArc(double X0, double Y0, double X, double Y, double& Rx, double& Ry, d
   ASweep = sweep / kDegToRad;
 }
 
-}  // namespace ht
+} // namespace ht

@@ -1,10 +1,10 @@
 // Helpers shared by the path sources.
 #pragma once
 
+#include "htcore/graphics/path.h"
+
 #include <cmath>
 #include <numbers>
-
-#include "htcore/graphics/path.h"
 
 namespace ht::detail {
 
@@ -36,8 +36,12 @@ inline TPointF ArcPoint(const THtArcParams& a, double t) {
 
 // A whole ellipse record as one full turn of arc from angle 0.
 inline THtArcParams EllipseArc(const THtPathRec& r) {
-  return {r.Points[0].X + r.Points[1].X / 2.0, r.Points[0].Y + r.Points[1].Y / 2.0, r.Points[1].X / 2.0,
-          r.Points[1].Y / 2.0, 0, kTwoPi};
+  return {r.Points[0].X + r.Points[1].X / 2.0,
+          r.Points[0].Y + r.Points[1].Y / 2.0,
+          r.Points[1].X / 2.0,
+          r.Points[1].Y / 2.0,
+          0,
+          kTwoPi};
 }
 
 inline TPointF ArcEnd(const THtPathRec& r) {
@@ -45,4 +49,4 @@ inline TPointF ArcEnd(const THtPathRec& r) {
   return ArcPoint(a, a.Start + a.Sweep);
 }
 
-}  // namespace ht::detail
+} // namespace ht::detail

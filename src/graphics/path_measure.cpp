@@ -1,8 +1,8 @@
 // Flattening, bounds, length and hit tests of record paths.
+#include "graphics/path_internal.h"
+
 #include <algorithm>
 #include <cmath>
-
-#include "graphics/path_internal.h"
 
 namespace ht {
 
@@ -48,7 +48,7 @@ public:
 
   int Segments(TPointF a, TPointF b) const {
     double d = std::hypot(b.X - a.X, b.Y - a.Y) * tol;
-    if (!(d < 10))  // NaN included
+    if (!(d < 10)) // NaN included
       return d >= 10 ? 10 : 3;
     return std::max(3, static_cast<int>(std::lround(d)));
   }
@@ -104,14 +104,14 @@ private:
   THtCustomPath& res;
 };
 
-}  // namespace
+} // namespace
 
 void THtCustomPath::Flatten(float Tolerance, THtCustomPath& Res) const {
-  double tol = Tolerance > 0.001f ? Tolerance : 0.001;  // NaN too
+  double tol = Tolerance > 0.001f ? Tolerance : 0.001; // NaN too
   if (!std::isfinite(tol))
     tol = 0.001;
   TFlattener f(tol, Res);
-  bool first = true;  // no figure yet, or the last one closed
+  bool first = true; // no figure yet, or the last one closed
   for (int i = 0; i < FCount; ++i) {
     const THtPathRec& r = FRecs[static_cast<size_t>(i)];
     switch (r.Kind) {
@@ -247,4 +247,4 @@ bool THtCustomPath::ContainsPoint(float x, float y) const {
   return FFillModeWindings ? winding != 0 : (crossings & 1) != 0;
 }
 
-}  // namespace ht
+} // namespace ht

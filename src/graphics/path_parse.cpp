@@ -1,9 +1,9 @@
 // SVG path data into path operations.
-#include <vector>
-
 #include "graphics/path_internal.h"
 #include "htcore/document/string_parser.h"
 #include "htcore/foundation/exception.h"
+
+#include <vector>
 
 namespace ht {
 
@@ -117,7 +117,7 @@ private:
 
   void Numbers() {
     switch (cmd) {
-    case 0: {  // numbers before any command: relative line steps
+    case 0: { // numbers before any command: relative line steps
       TPointF d = Point(false);
       path.AddLine(cur.X, cur.Y, cur.X + d.X, cur.Y + d.Y);
       cur = {cur.X + d.X, cur.Y + d.Y};
@@ -127,7 +127,7 @@ private:
     }
     case u'z':
     case u'Z':
-      Num();  // a stray number after a close is dropped
+      Num(); // a stray number after a close is dropped
       return;
     case u'M':
     case u'm':
@@ -136,7 +136,7 @@ private:
       start = cur;
       open = true;
       prevFamily = 0;
-      cmd = cmd == u'm' ? u'l' : u'L';  // further pairs are lines
+      cmd = cmd == u'm' ? u'l' : u'L'; // further pairs are lines
       return;
     case u'L':
     case u'l':
@@ -205,7 +205,7 @@ private:
     TPointF to = Point(relative);
     if (to == cur)
       return;
-    if (rx == 0 || ry == 0) {  // a flat ellipse is the straight line between the ends
+    if (rx == 0 || ry == 0) { // a flat ellipse is the straight line between the ends
       path.LineTo(to.X, to.Y);
       cur = to;
       return;
@@ -235,8 +235,8 @@ private:
   }
 };
 
-}  // namespace
+} // namespace
 
 void THtPath::Parse(const hstring& s) { TPathReader(*this, s).Run(); }
 
-}  // namespace ht
+} // namespace ht

@@ -1,8 +1,8 @@
 // Path records as SVG path data.
-#include <cmath>
-
 #include "graphics/path_internal.h"
 #include "htcore/graphics/svg_writer.h"
+
+#include <cmath>
 
 namespace ht {
 
@@ -14,7 +14,9 @@ float Written(float v) {
   return std::isfinite(r) && std::fabs(r) < 1e14 ? static_cast<float>(r) : v;
 }
 
-bool Joins(const THtPathRec* p) { return p && (p->Kind == prMoveTo || p->Kind == prLineTo || p->Kind == prCurveTo); }
+bool Joins(const THtPathRec* p) {
+  return p && (p->Kind == prMoveTo || p->Kind == prLineTo || p->Kind == prCurveTo);
+}
 
 // Relative numbers are taken from where a reader of the text stands (in its
 // float arithmetic), so rounding does not add up along a long figure.
@@ -89,7 +91,7 @@ private:
   TPointF at{0, 0}, start{0, 0};
 };
 
-}  // namespace
+} // namespace
 
 hstring THtCustomPath::AsString() const { return Write(false); }
 
@@ -160,4 +162,4 @@ hstring THtCustomPath::Write(bool Absolute) const {
   return w.GetAsString();
 }
 
-}  // namespace ht
+} // namespace ht

@@ -40,4 +40,4 @@ THtSVGWriter& THtSVGWriter::Arc(float Rx, float Ry, float Angle, bool Large, boo
   return Com(u'A').FS(Rx).FS(Ry).FS(Angle).FS(Large ? 1.0f : 0.0f).FS(Sweep ? 1.0f : 0.0f).FS(X).FS(Y);
 }
 
-}  // namespace ht
+} // namespace ht

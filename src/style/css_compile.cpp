@@ -62,7 +62,7 @@ struct TExpander {
     v.Section = section;
     for (TCSSToken& t : v.Tokens)
       if (t.CType == ctIdent)
-        t.Color = 0;  // a shorthand's slot is no colour of the longhand
+        t.Color = 0; // a shorthand's slot is no colour of the longhand
     if (!TCSSParser::PrepareValue(v, section))
       return;
     if (v.Prop->PropType == cptEnum && v.Slot() == kCSSSlotUnknownKeyword && v.Name != u"font-weight")
@@ -89,7 +89,8 @@ struct TExpander {
       int g = kFrom[groups.size()][side];
       if (g >= 0 && !groups.empty())
         sub.emit(p->SubProps[static_cast<size_t>(side)]->Name.view(),
-                 slice(t, groups[static_cast<size_t>(g)].first, groups[static_cast<size_t>(g)].second), false);
+                 slice(t, groups[static_cast<size_t>(g)].first, groups[static_cast<size_t>(g)].second),
+                 false);
     }
   }
 
@@ -154,7 +155,8 @@ struct TExpander {
       switch (k.CType) {
       case ctIdent:
         if (keyword_of(u"border-style", k)) {
-          for (auto side : {u"border-top-style", u"border-right-style", u"border-bottom-style", u"border-left-style"})
+          for (auto side :
+               {u"border-top-style", u"border-right-style", u"border-bottom-style", u"border-left-style"})
             emit1(side, k);
         } else if (SameText(k.Name, u"thin") || SameText(k.Name, u"medium") || SameText(k.Name, u"thick")) {
           emit1(u"border-width", k);

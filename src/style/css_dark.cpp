@@ -11,7 +11,7 @@ namespace ht {
 namespace {
 
 struct THsl {
-  double h, s, l;  // hue in turns
+  double h, s, l; // hue in turns
 };
 
 THsl to_hsl(uint32_t c) {
@@ -69,7 +69,8 @@ bool token_colour(TCSSToken& t, uint32_t& c) {
     return false;
   int sys;
   c = htmlHextoColorSys(CSSLowerName(t).view(), sys);
-  return c != HtInvalidColor && c != HtNoneColor && !SameText(t.Name, u"transparent") && !SameText(t.Name, u"inherit");
+  return c != HtInvalidColor && c != HtNoneColor && !SameText(t.Name, u"transparent") &&
+         !SameText(t.Name, u"inherit");
 }
 
 void set_hash(TCSSToken& t, uint32_t c) {
@@ -129,7 +130,8 @@ void TCSSStyleSheet::ConvertLighttoDark() {
         uint32_t c = 0;
         TCSSToken& first = v.Tokens[0];
         bool fn = first.CType == ctFunction;
-        if (!(fn ? seq.ReadColor(c) : token_colour(first, c)) || (fn && !first.Name.view().starts_with(u"rgb")))
+        if (!(fn ? seq.ReadColor(c) : token_colour(first, c)) ||
+            (fn && !first.Name.view().starts_with(u"rgb")))
           continue;
         TCSSToken t = first;
         set_hash(t, foreground(c));

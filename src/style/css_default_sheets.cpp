@@ -2,7 +2,6 @@
 // with the fixed weight 0.
 #include "htcore/foundation/startup.h"
 #include "htcore/style/css_sheet.h"
-
 #include "style/default_sheets.h"
 #include "style/htmlcss_start.h"
 
@@ -86,7 +85,7 @@ void TCSSExtension::AddExtensions(const std::vector<hstring>& Names, std::vector
     for (const hstring& k : e->KeyClasses)
       if (std::find(Names.begin(), Names.end(), k) != Names.end()) {
         Sheets.push_back(e->CSS.get());
-        break;  // one key is enough for an extension
+        break; // one key is enough for an extension
       }
 }
 

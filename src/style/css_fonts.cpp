@@ -27,14 +27,34 @@ TCSSCustomFont::TCSSCustomFont(const hstring& AFamily, const hstring& AURL, cons
   if (NumWeight <= 0 || !sp.Empty())
     NumWeight = 400;
   switch (NumWeight) {
-  case 100: CSSFontWeight = fw100; break;
-  case 200: CSSFontWeight = fw200; FontStyles |= HtFontStyleBit(hfsUltraLight); break;
-  case 300: CSSFontWeight = fw300; FontStyles |= HtFontStyleBit(hfsLight); break;
-  case 500: CSSFontWeight = fw500; break;
-  case 600: CSSFontWeight = fw600; break;
-  case 700: CSSFontWeight = fwBold; FontStyles |= HtFontStyleBit(hfsBold); break;
-  case 900: CSSFontWeight = fw900; FontStyles |= HtFontStyleBit(hfsBlack); break;
-  default: CSSFontWeight = fwNormal; break;
+  case 100:
+    CSSFontWeight = fw100;
+    break;
+  case 200:
+    CSSFontWeight = fw200;
+    FontStyles |= HtFontStyleBit(hfsUltraLight);
+    break;
+  case 300:
+    CSSFontWeight = fw300;
+    FontStyles |= HtFontStyleBit(hfsLight);
+    break;
+  case 500:
+    CSSFontWeight = fw500;
+    break;
+  case 600:
+    CSSFontWeight = fw600;
+    break;
+  case 700:
+    CSSFontWeight = fwBold;
+    FontStyles |= HtFontStyleBit(hfsBold);
+    break;
+  case 900:
+    CSSFontWeight = fw900;
+    FontStyles |= HtFontStyleBit(hfsBlack);
+    break;
+  default:
+    CSSFontWeight = fwNormal;
+    break;
   }
 }
 
@@ -69,10 +89,10 @@ TCSSCustomFont* TCSSCustomFontFamily::GetFontByIndex(int Index) const {
 }
 
 void ParseFontFamilyName(const hstring& Name, hstring& Family, hstring& Weight) {
-  static const char16_t* const kSuffixes[] = {
-      u" narrow",   u" extrablack", u" ultrablack", u" black",      u" heavy",      u" demibold",
-      u" semibold", u" bold",       u" extrabold",  u" ultrabold",  u" medium",     u" light",
-      u" extralight", u" ultralight", u" thin",    u" regular"};
+  static const char16_t* const kSuffixes[] = {u" narrow",     u" extrablack", u" ultrablack", u" black",
+                                              u" heavy",      u" demibold",   u" semibold",   u" bold",
+                                              u" extrabold",  u" ultrabold",  u" medium",     u" light",
+                                              u" extralight", u" ultralight", u" thin",       u" regular"};
   hstring lower = LowerCase(Name.view());
   for (const char16_t* s : kSuffixes) {
     std::u16string_view suf(s);

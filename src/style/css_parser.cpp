@@ -1,7 +1,6 @@
-#include "htcore/style/css_sheet.h"
-
 #include "htcore/foundation/exception.h"
 #include "htcore/foundation/text_utils.h"
+#include "htcore/style/css_sheet.h"
 
 #include <cmath>
 
@@ -153,7 +152,7 @@ void TCSSParser::AddSelector() {
       SkipSection();
       return;
     default:
-      FList.push_back(std::move(Tokenizer.Token));  // the next token overwrites it anyway
+      FList.push_back(std::move(Tokenizer.Token)); // the next token overwrites it anyway
     }
     next();
   }
@@ -168,7 +167,7 @@ void TCSSParser::AddValue() {
   while (!eof() && (tok().CType == ctSpace || tok().CType == ctComment))
     next();
   if (eof() || tok().CType != ctColon)
-    return;  // the loop above takes the current token
+    return; // the loop above takes the current token
   while (next()) {
     TCSSTokenType t = tok().CType;
     if (t == ctBlockEnd || t == ctCDO || t == ctSemicolon)
@@ -323,7 +322,8 @@ void TCSSParser::read_media() {
         if (tok().CType == ctBlockStart || tok().CType == ctSemicolon)
           break;
         set->Tokens.push_back(tok());
-        while (next() && tok().CType != ctClosePar && tok().CType != ctBlockStart && tok().CType != ctSemicolon)
+        while (next() && tok().CType != ctClosePar && tok().CType != ctBlockStart &&
+               tok().CType != ctSemicolon)
           set->Tokens.push_back(tok());
         if (eof() || tok().CType != ctClosePar)
           break;
@@ -357,7 +357,7 @@ void TCSSParser::read_media() {
   if (block)
     next();
   else
-    MediaSet = nullptr;  // "@media x;" opens nothing
+    MediaSet = nullptr; // "@media x;" opens nothing
 }
 
 } // namespace ht

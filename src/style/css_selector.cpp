@@ -146,8 +146,9 @@ void TCSSSelector::AddClass(const hstring& Name) { Classes.push_back(MakeCSSClas
 
 void TCSSSelector::AddPseudo(const hstring& Name, const TCSSToken* Arg) {
   int v = -1;
-  TCSSPseudoClass pc = IsEnum2(u"pc", Name.view(), TypeInfo<TCSSPseudoClass>(), v) ? static_cast<TCSSPseudoClass>(v)
-                                                                                      : pcUnknown;
+  TCSSPseudoClass pc = IsEnum2(u"pc", Name.view(), TypeInfo<TCSSPseudoClass>(), v)
+                           ? static_cast<TCSSPseudoClass>(v)
+                           : pcUnknown;
   if (PseudoClasses & PCBit(pc))
     return;
   PseudoClasses |= PCBit(pc);
@@ -182,13 +183,26 @@ void TCSSSelector::ParseCondition() {
       c.Value = Trim(hstring(piece.substr(eq + 1)));
       if (!c.Name.empty()) {
         switch (c.Name[c.Name.size() - 1]) {
-        case u'^': c.Compare = acStarts; break;
-        case u'$': c.Compare = acEnds; break;
-        case u'*': c.Compare = acContains; break;
-        case u'~': c.Compare = acWord; break;
-        case u'|': c.Compare = acStarts2; break;
-        case u'!': c.Compare = acNotEq; break;
-        default: break;
+        case u'^':
+          c.Compare = acStarts;
+          break;
+        case u'$':
+          c.Compare = acEnds;
+          break;
+        case u'*':
+          c.Compare = acContains;
+          break;
+        case u'~':
+          c.Compare = acWord;
+          break;
+        case u'|':
+          c.Compare = acStarts2;
+          break;
+        case u'!':
+          c.Compare = acNotEq;
+          break;
+        default:
+          break;
         }
         if (c.Compare != acMatch)
           c.Name = Trim(c.Name.substr(0, c.Name.size() - 1));
@@ -265,8 +279,7 @@ void write_compound(const TCSSSelector* s, std::u16string& out) {
   }
   if (s->PseudoCount > 0)
     for (int pc = 0; pc <= pcUnknown; ++pc)
-      if (s->PseudoClasses & (1u << pc))
-      {
+      if (s->PseudoClasses & (1u << pc)) {
         out += u":" + TypeInfo<TCSSPseudoClass>()->NameOf(pc).substr(2);
         if ((pc == pcNthChild || pc == pcNthOfType) && s->NthValue != 0)
           out += s->NthValue == -1   ? hstring(u"(odd)")
@@ -400,13 +413,27 @@ bool TCSSSelector::XTestCondition(const TCSSElement* Node) const {
     std::u16string_view v = c.Value.view();
     bool ok = false;
     switch (c.Compare) {
-    case acMatch: ok = v.empty() || a == v; break;
-    case acStarts: ok = !v.empty() && a.starts_with(v); break;
-    case acEnds: ok = a.ends_with(v); break;
-    case acContains: ok = a.find(v) != std::u16string_view::npos; break;
-    case acWord: ok = word_in(a, v); break;
-    case acStarts2: ok = a == v || (a.size() > v.size() && a.starts_with(v) && a[v.size()] == u'-'); break;
-    case acNotEq: ok = a != v; break;
+    case acMatch:
+      ok = v.empty() || a == v;
+      break;
+    case acStarts:
+      ok = !v.empty() && a.starts_with(v);
+      break;
+    case acEnds:
+      ok = a.ends_with(v);
+      break;
+    case acContains:
+      ok = a.find(v) != std::u16string_view::npos;
+      break;
+    case acWord:
+      ok = word_in(a, v);
+      break;
+    case acStarts2:
+      ok = a == v || (a.size() > v.size() && a.starts_with(v) && a[v.size()] == u'-');
+      break;
+    case acNotEq:
+      ok = a != v;
+      break;
     }
     if (!ok)
       return false;
@@ -570,7 +597,7 @@ struct TReader {
   }
 
   void pseudo(TCSSSelector* s, bool operand) {
-    ++i;  // ':'
+    ++i; // ':'
     if (!end() && cur().CType == ctColon)
       ++i;
     if (end())
@@ -581,7 +608,7 @@ struct TReader {
       s->AddPseudo(name, nullptr);
       return;
     }
-    ++i;  // '('
+    ++i; // '('
     skip_spaces();
     if (!end() && cur().CType == ctClosePar) {
       ++i;
@@ -636,7 +663,7 @@ TCSSSelector* TCSSSelector::FromTokens(std::span<const TCSSToken> Tokens) {
   while (!r.end()) {
     cur = new TCSSSelector(cur);
     if (++compounds > kMaxSelectorCompounds) {
-      delete cur;  // a chain this long is not matched; drop the rule
+      delete cur; // a chain this long is not matched; drop the rule
       return nullptr;
     }
     size_t before = r.i;

@@ -79,8 +79,9 @@ void write_value(const TCSSValue& v, std::u16string& out) {
   out += v.Name.view();
   out += u':';
   const TCSSTokens& t = v.Tokens;
-  bool quote = !t.empty() && t[0].CType != ctURI &&
-               std::any_of(t.begin(), t.end(), [](const TCSSToken& k) { return k.CType == ctSpace || has_blank(k.Name); });
+  bool quote = !t.empty() && t[0].CType != ctURI && std::any_of(t.begin(), t.end(), [](const TCSSToken& k) {
+    return k.CType == ctSpace || has_blank(k.Name);
+  });
   if (quote)
     out += u'\'';
   write_tokens(t, out, quote);
@@ -188,7 +189,7 @@ TCSSValue* TCSSSection::CompiledValuebyName(const hstring& Name) {
   TCSSValue* hit = nullptr;
   for (TCSSValue& v : CompiledValues)
     if (SameText(v.Name, Name))
-      hit = &v;  // the last one wins, as in the cascade
+      hit = &v; // the last one wins, as in the cascade
   return hit;
 }
 
@@ -288,7 +289,8 @@ void TCSSStyleSheet::AddVariable(const hstring& Name, const TCSSTokens& Tokens) 
   v.Tokens = Tokens;
 }
 
-void TCSSStyleSheet::TakeSection(std::unique_ptr<TCSSSection> S, int Weight, bool Custom, const hstring& KeyFrame) {
+void TCSSStyleSheet::TakeSection(std::unique_ptr<TCSSSection> S, int Weight, bool Custom,
+                                 const hstring& KeyFrame) {
   S->URL = URL;
   if (S->Values.empty())
     return;
@@ -477,13 +479,17 @@ const TCSSTokens* TCSSStyleSheet::ValuebyName(const hstring& Name) const {
 }
 
 void TCSSStyleSheet::GetAllClasses(TStringList& List) const {
-  for (const TCSSStyleMaps* m : {static_cast<const TCSSStyleMaps*>(&Main), static_cast<const TCSSStyleMaps*>(Before.get()), static_cast<const TCSSStyleMaps*>(After.get()), static_cast<const TCSSStyleMaps*>(Marker.get())})
+  for (const TCSSStyleMaps* m :
+       {static_cast<const TCSSStyleMaps*>(&Main), static_cast<const TCSSStyleMaps*>(Before.get()),
+        static_cast<const TCSSStyleMaps*>(After.get()), static_cast<const TCSSStyleMaps*>(Marker.get())})
     if (m)
       m->GetAllClasses(List);
 }
 
 void TCSSStyleSheet::GetAllIds(TStringList& List) const {
-  for (const TCSSStyleMaps* m : {static_cast<const TCSSStyleMaps*>(&Main), static_cast<const TCSSStyleMaps*>(Before.get()), static_cast<const TCSSStyleMaps*>(After.get()), static_cast<const TCSSStyleMaps*>(Marker.get())})
+  for (const TCSSStyleMaps* m :
+       {static_cast<const TCSSStyleMaps*>(&Main), static_cast<const TCSSStyleMaps*>(Before.get()),
+        static_cast<const TCSSStyleMaps*>(After.get()), static_cast<const TCSSStyleMaps*>(Marker.get())})
     if (m)
       m->GetAllIds(List);
 }

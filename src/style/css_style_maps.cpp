@@ -96,7 +96,8 @@ void TCSSSelectors::GetAllIds(TStringList& List) const {
 
 // --- TCSSStyleMap ---
 
-TCSSStyleMap::TCSSStyleMap(bool APseudoMap) : THtObjectDictionaryOf(255, true, &rs_hash), PseudoMap(APseudoMap) {}
+TCSSStyleMap::TCSSStyleMap(bool APseudoMap)
+    : THtObjectDictionaryOf(255, true, &rs_hash), PseudoMap(APseudoMap) {}
 
 void TCSSStyleMap::AddSelector(const hstring& Key, TCSSSelector* S, TCSSPseudoClass Pseudo, bool Distinct) {
   TCSSSelectors* list = nullptr;
@@ -111,7 +112,7 @@ void TCSSStyleMap::AddSelector(const hstring& Key, TCSSSelector* S, TCSSPseudoCl
   } else {
     list = Get(Key);
     if (!list) {
-      list = new TCSSSelectors();  // owned by this map
+      list = new TCSSSelectors(); // owned by this map
       list->Key = Key;
       AddObject(list);
     }

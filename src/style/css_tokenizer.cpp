@@ -1,10 +1,9 @@
 #include "htcore/style/css_tokenizer.h"
 
-#include "htcore/document/html_colours.h"
-#include "htcore/foundation/text_utils.h"
-
 #include "foundation/code_point.h"
 #include "foundation/hex_digit.h"
+#include "htcore/document/html_colours.h"
+#include "htcore/foundation/text_utils.h"
 
 #include <cmath>
 #include <string>
@@ -110,7 +109,8 @@ hstring CSSLowerName(const TCSSToken& T) {
   return s;
 }
 
-TCSSTokenizer::TCSSTokenizer(const hstring& Text, bool AParseNumbers) : Parser(Text), ParseNumbers(AParseNumbers) {
+TCSSTokenizer::TCSSTokenizer(const hstring& Text, bool AParseNumbers)
+    : Parser(Text), ParseNumbers(AParseNumbers) {
   const char16_t*& p = Parser.p;
   while (*p && *p < 33)
     ++p;
@@ -261,7 +261,7 @@ void TCSSTokenizer::ReadIdent() {
   const char16_t*& p = Parser.p;
   Token.AsFloat = 0;
   Token.Name.clear();
-  std::u16string buf;  // only escapes need it
+  std::u16string buf; // only escapes need it
   bool escaped = false;
   const char16_t* run = p;
   for (;;) {
@@ -277,7 +277,7 @@ void TCSSTokenizer::ReadIdent() {
       buf.reserve(static_cast<size_t>(p - run) + 16);
     }
     buf.append(run, static_cast<size_t>(p - run));
-    ++p;  // the backslash
+    ++p; // the backslash
     c = *p;
     if (c == 0) {
       run = p;
@@ -363,7 +363,7 @@ void TCSSTokenizer::ReadString() {
   }
   SetName(escaped, buf, run);
   if (*p)
-    ++p;  // the closing quote, or the CR that ends an open string
+    ++p; // the closing quote, or the CR that ends an open string
 }
 
 void TCSSTokenizer::ReadURI() {
@@ -402,7 +402,7 @@ void TCSSTokenizer::ReadNumber() {
     Token.AsFloat = std::fabs(v) <= 1E38 ? static_cast<float>(v) : 0.0f;
   }
   if (p == b)
-    ++p;  // a lone sign: always move on
+    ++p; // a lone sign: always move on
   if (*p == u'%' || (*p && p[1] == u'%')) {
     Token.CType = ctPercentage;
     Token.MUnit = muPercent;

@@ -112,4 +112,4 @@ const std::u16string_view kHTML4QuirkStyleSheetText =
     u"{margin-bottom: 0px} table {padding:0 !important; text-align: start; line-height: normal; font-size: "
     u"16px; font-weight: normal;} body > p:first-child {margin-top: 0px} ";
 
-}  // namespace ht::detail
+} // namespace ht::detail

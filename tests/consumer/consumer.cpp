@@ -1,7 +1,6 @@
 // Builds against the installed package only.
-#include <htcore/foundation/hstring.h>
-
 #include <cstdio>
+#include <htcore/foundation/hstring.h>
 
 int main() {
   ht::hstring s = ht::hstring(u"consumer ") + ht::hstring("ok");

@@ -31,7 +31,7 @@ std::string names(const THtAttributes& a) {
   return r;
 }
 
-}  // namespace
+} // namespace
 
 TEST(HtAttributes, KeptSortedByNameNotSourceOrder) {
   THtAttributes a;
@@ -47,7 +47,7 @@ TEST(HtAttributes, CaseInsensitiveLowersStoredNames) {
   THtAttributes a;
   hstring lower = u"href"_hs;
   a.SetAttribute(u"HRef"_hs, u"x"_hs);
-  a.SetAttribute(lower, u"y"_hs);  // same attribute
+  a.SetAttribute(lower, u"y"_hs); // same attribute
   EXPECT_EQ(a.Count, 1);
   EXPECT_EQ(a.GetName(0), u"href");
   EXPECT_EQ(a.GetAttribute(u"HREF"_hs), u"y");
@@ -62,7 +62,7 @@ TEST(HtAttributes, CaseSensitiveKeepsNamesApart) {
   a.SetAttribute(u"Id"_hs, u"1"_hs);
   a.SetAttribute(u"id"_hs, u"2"_hs);
   a.SetAttribute(u"ID"_hs, u"3"_hs);
-  EXPECT_EQ(names(a), "ID=3 Id=1 id=2");  // ordinal order: capitals first
+  EXPECT_EQ(names(a), "ID=3 Id=1 id=2"); // ordinal order: capitals first
   EXPECT_EQ(a.Indexof(u"iD"_hs), -1);
 }
 
@@ -98,7 +98,7 @@ TEST(HtAttributes, SetAttributeExTellsChange) {
   EXPECT_TRUE(a.SetAttributeEx(u"a"_hs, u"1"_hs));
   EXPECT_FALSE(a.SetAttributeEx(u"A"_hs, u"1"_hs));
   EXPECT_TRUE(a.SetAttributeEx(u"a"_hs, u"2"_hs));
-  EXPECT_TRUE(a.SetAttributeEx(u"b"_hs, hstring()));  // an empty value is a value
+  EXPECT_TRUE(a.SetAttributeEx(u"b"_hs, hstring())); // an empty value is a value
   EXPECT_TRUE(a.HasAttribute(u"b"_hs));
   EXPECT_EQ(a.GetAttribute(u"missing"_hs), hstring());
 }
@@ -170,7 +170,8 @@ TEST(HtAttributes, TextForms) {
   a.FastAsUTF8String(raw);
   RawByteString bytes;
   raw.ToString(bytes);
-  EXPECT_EQ(bytes.toUtf8(), " b=\"x\" checked=\"checked\" title=\"a&lt;b&gt; &amp; &quot;c&quot;&nbsp;&#9;\"");
+  EXPECT_EQ(bytes.toUtf8(),
+            " b=\"x\" checked=\"checked\" title=\"a&lt;b&gt; &amp; &quot;c&quot;&nbsp;&#9;\"");
   // XML sets keep name="name" and write a no-break space by number.
   THtAttributes x(true);
   x.Add(u"Sel"_hs, u"Sel"_hs);

@@ -49,20 +49,20 @@ TEST(HtmlColours, HextoColorRules) {
       {u"#f00", 0xFFFF0000},
       {u"#0f08", 0x8800FF00},
       {u"#123456", 0xFF123456},
-      {u"#1234567", 0xFF123456},  // odd unit ignored
+      {u"#1234567", 0xFF123456}, // odd unit ignored
       {u"#12345678", 0x78123456},
-      {u"#123456789a", 0x9A123456},  // alpha from the last pair
+      {u"#123456789a", 0x9A123456}, // alpha from the last pair
       {u"#", 1},
       {u"#1", 1},
       {u"#12", 1},
       {u"#12345", 1},
       {u"#12g", 1},
-      {u"#1234567g", 1},  // a non-hex unit anywhere, even one that would be ignored
+      {u"#1234567g", 1}, // a non-hex unit anywhere, even one that would be ignored
       {u"# 123", 1},
       {u"red", 0xFFFF0000},
       {u"teal", 0xFF008080},
-      {u"rebeccapurple", 1},  // not in the table
-      {u"Red", 1},            // ordinal: callers pass lower case
+      {u"rebeccapurple", 1}, // not in the table
+      {u"Red", 1},           // ordinal: callers pass lower case
       {u"gray", 0xFF808080},
       {u"grey", 0xFF808080},
       {u"lightgrey", 0xFFD3D3D3},
@@ -70,7 +70,7 @@ TEST(HtmlColours, HextoColorRules) {
       {u"indianred", 1},
       {u"indigo", 1},
       {u"indianred ", 0xFFCD5C5C},
-      {u"fff", 0xFFFFFFFF},  // bare hex
+      {u"fff", 0xFFFFFFFF}, // bare hex
       {u"ff000080", 0x80FF0000},
       {u"abc", 0xFFAABBCC},
       {u"reed", 1},
@@ -80,8 +80,8 @@ TEST(HtmlColours, HextoColorRules) {
       {u"rgba( 1 , 2 , 3 , 1 )", 0xFF010203},
       {u"rgba(0,0,255,0)", 0x000000FF},
       {u"rgba(0,0,0,.25)", 0x40000000},
-      {u"rgba(300,-5,7,2)", 0xFFFF0007},  // clamped
-      {u"rgba(1,2,3)", 0xFF010203},       // no alpha: opaque
+      {u"rgba(300,-5,7,2)", 0xFFFF0007}, // clamped
+      {u"rgba(1,2,3)", 0xFF010203},      // no alpha: opaque
       {u"rgba(red,0.5)", 0x80FF0000},
       {u"rgba(red, 0.5)", 0x80FF0000},
       {u"rgba(#00f,0.5)", 0x800000FF},
@@ -148,7 +148,7 @@ struct ThemeGuard {
   ~ThemeGuard() { SetThemeColorPrc(old); }
 };
 
-}  // namespace
+} // namespace
 
 TEST(HtmlColours, SystemNamesGoThroughTheThemeProcedure) {
   ThemeGuard guard(host_theme);

@@ -15,7 +15,7 @@ std::u16string lower(std::u16string_view s) {
   return r;
 }
 
-}  // namespace
+} // namespace
 
 TEST(Entities, TableCountsAndEnds) {
   auto table = HtEntityTable();
@@ -66,13 +66,13 @@ TEST(Entities, NameLookups) {
   } cases[] = {
       {u"amp", '&'},
       {u"AMP", '&'},
-      {u"Amp", 0},  // case matters
+      {u"Amp", 0}, // case matters
       {u"lt", '<'},
       {u"nbsp", 0xA0},
       {u"hellip", 0x2026},
       {u"frac12", 0xBD},
       {u"Afr", 0x1D504},
-      {u"acE", 0x223E},  // two code points: the first stays
+      {u"acE", 0x223E}, // two code points: the first stays
       {u"NotEqualTilde", 0x2242},
       {u"nvlt", '<'},
       {u"amp;", 0},
@@ -109,7 +109,7 @@ TEST(Entities, ReverseTakesTheFirstNameOfACode) {
     EXPECT_LT(r, HtEntityTable().data() + HtEntityTable().size());
     ++named;
   }
-  EXPECT_EQ(named, 995);  // distinct codes outside the left-out ranges
+  EXPECT_EQ(named, 995); // distinct codes outside the left-out ranges
 
   const struct {
     uint32_t code;

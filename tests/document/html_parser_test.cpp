@@ -1,15 +1,12 @@
 #include "htcore/document/html_parser.h"
-
 #include "htcore/foundation/codepage.h"
-
-#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <string>
 
 using namespace ht;
-
 
 namespace {
 
@@ -68,7 +65,7 @@ struct SystemCodePage {
   ~SystemCodePage() { HtSetSystemCodePage(1252); }
 };
 
-}  // namespace
+} // namespace
 
 TEST(HtmlParser, ItemStreams) {
   struct {
@@ -83,8 +80,8 @@ TEST(HtmlParser, ItemStreams) {
       {u"<a href=/x/y.html>", "a[href=/x/y.html]"},
       {u"<a b=1 b=2>", "a[b=1]"},
       {u"<a b b>", "a[b=b]"},
-      {u"<a b=1 b>", "a[b=b]"},  // a bare attribute replaces
-      {u"<a b b=1>", "a[b=b]"},  // a valued one never does
+      {u"<a b=1 b>", "a[b=b]"}, // a bare attribute replaces
+      {u"<a b b=1>", "a[b=b]"}, // a valued one never does
       {u"<a x=b=c/d>", "a[x=b=c/d]"},
       {u"<a b= c>", "a[b=c]"},
       {u"<a b=>", "a"},
@@ -110,7 +107,7 @@ TEST(HtmlParser, ItemStreams) {
       {u"<style>p{}</style>", "style/:p{}"},
       {u"<script src=/x.js>var a;</script>z", "script/[src=/x.js]:var a; 'z'"},
       {u"<p", ""},
-      {u"<a b=1 <!>>", "a[b=1]"},  // an empty "<!>" leaves the previous token in place
+      {u"<a b=1 <!>>", "a[b=1]"}, // an empty "<!>" leaves the previous token in place
       {u"<p>x</p", "p 'x'"},
   };
   for (auto& c : cases)
@@ -155,7 +152,8 @@ TEST(HtmlParser, XmlModeErrorMessages) {
 }
 
 TEST(HtmlParser, NamesAreInterned) {
-  THtmlParser hp(u"<div id=a><DIV ID=b><div a-very-long-attribute-name=1><div a-very-long-attribute-name=2>"_hs);
+  THtmlParser hp(
+      u"<div id=a><DIV ID=b><div a-very-long-attribute-name=1><div a-very-long-attribute-name=2>"_hs);
   const char16_t* tag = nullptr;
   const char16_t* id = nullptr;
   const char16_t* longname = nullptr;
@@ -215,7 +213,7 @@ TEST(HtmlParser, StartPosIsWhereTheItemBegan) {
 
 TEST(HtmlParser, ByteOrderMarks) {
   EXPECT_EQ(items(u"\uFEFF<p>"), "p");
-  EXPECT_EQ(items(u"\uFEFF"), "'\xEF\xBB\xBF'");  // a lone mark is too short to skip
+  EXPECT_EQ(items(u"\uFEFF"), "'\xEF\xBB\xBF'"); // a lone mark is too short to skip
   SystemCodePage cp(1251);
   // UTF-8 bytes (with their mark) read through code page 1251.
   std::string utf8 = "\xEF\xBB\xBF<p>\xD0\xBF\xD1\x80\xD0\xB8</p>";
@@ -234,8 +232,9 @@ TEST(HtmlParser, ByteOrderMarks) {
 
 TEST(HtmlParser, MetaCharsetRedecodesTheRest) {
   // windows-1251 bytes read as the system code page 1252.
-  std::string doc = "<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=windows-1251\">"
-                    "<title>\xCF\xF0\xE8</title></head><body>\xE2\xE5\xF2</body>";
+  std::string doc =
+      "<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=windows-1251\">"
+      "<title>\xCF\xF0\xE8</title></head><body>\xE2\xE5\xF2</body>";
   THtmlParser hp(HtCodePageToUnicode(doc, 1252));
   std::string got;
   while (hp.NextItem())
@@ -302,11 +301,25 @@ TEST(HtmlParser, CharsettoCodepage) {
     const char16_t* charset;
     int cp;
   } cases[] = {
-      {u"iso-8859-1", 1252},     {u"iso-8859-15", 1252},  {u"iso-8859-2", 28592}, {u"iso-8859-5", 28595},
-      {u"iso-8859-6", 28596},    {u"iso-8859-7", 28597},  {u"iso-8859-9", 1254},  {u"iso-8859-8", 1255},
-      {u"koi8-r", 20866},        {u"windows-1251", 1251}, {u"windows-", 0},       {u"windows-x", 0},
-      {u"gb2312", 936},          {u"utf-8", 65001},       {u"big5", 950},         {u"Windows-1250", 1250},
-      {u"text/html; charset=windows-1253", 1253},         {u"latin1", 0},         {u"", 0},
+      {u"iso-8859-1", 1252},
+      {u"iso-8859-15", 1252},
+      {u"iso-8859-2", 28592},
+      {u"iso-8859-5", 28595},
+      {u"iso-8859-6", 28596},
+      {u"iso-8859-7", 28597},
+      {u"iso-8859-9", 1254},
+      {u"iso-8859-8", 1255},
+      {u"koi8-r", 20866},
+      {u"windows-1251", 1251},
+      {u"windows-", 0},
+      {u"windows-x", 0},
+      {u"gb2312", 936},
+      {u"utf-8", 65001},
+      {u"big5", 950},
+      {u"Windows-1250", 1250},
+      {u"text/html; charset=windows-1253", 1253},
+      {u"latin1", 0},
+      {u"", 0},
   };
   for (auto& c : cases)
     EXPECT_EQ(THtmlParser::CharsettoCodepage(c.charset), c.cp) << ToUtf8(c.charset);
@@ -328,11 +341,11 @@ TEST(HtmlParser, IsUTF8Rules) {
       {"\xED\x9F\xBF", true},
       {"\xEF\xBF\xBD", true},
       {"\xE1\x80", false},
-      {"\xF0\x9F\x98\x80", false},           // four-byte forms end the scan
-      {"\xC3\xA9\xF0\x9F\x98\x80\xC0", true},  // ... keeping what was seen
+      {"\xF0\x9F\x98\x80", false},            // four-byte forms end the scan
+      {"\xC3\xA9\xF0\x9F\x98\x80\xC0", true}, // ... keeping what was seen
       {"\x80", false},
       {"\xC3\xA9\x80\xC0", true},
-      {"\xC3\xA9\xC3", true},  // a sample cut inside a sequence
+      {"\xC3\xA9\xC3", true}, // a sample cut inside a sequence
   };
   for (auto& c : cases)
     EXPECT_EQ(IsUTF8Bytes(c.bytes.data(), static_cast<int>(c.bytes.size())), c.utf8) << c.bytes;
@@ -349,7 +362,7 @@ TEST(HtmlParser, GetHTMLEncoding) {
       {"<html><head><META http-equiv=Content-Type content=\"text/html; charset=windows-1251\">", 1251},
       {"<html><meta charset='utf-8'>                     ", 65001},
       {"<html><meta name=x><meta charset=koi8-r>            ", 20866},
-      {"<meta charset=utf-8>", 0},  // shorter than 20 bytes after the tag start
+      {"<meta charset=utf-8>", 0}, // shorter than 20 bytes after the tag start
       {"<html><body>no declaration here at all</body>", 0},
       {std::string(1200, ' ') + "<meta charset=utf-8>" + std::string(40, ' '), 0},
   };
@@ -434,7 +447,7 @@ TEST(HtmlParser, LargeAndBrokenInputStayLinear) {
   n = 0;
   while (t2.NextItem())
     ++n;
-  EXPECT_EQ(n, 99999);  // the last one is never closed
+  EXPECT_EQ(n, 99999); // the last one is never closed
   THtmlParser t3{hstring(u"<p" + attrs + u">")};
   ASSERT_TRUE(t3.NextItem());
   EXPECT_EQ(attrs_of(t3), "[a=a=]");

@@ -1,7 +1,6 @@
 #include "htcore/document/html_tokenizer.h"
 
 #include <gtest/gtest.h>
-
 #include <string>
 
 using namespace ht;
@@ -9,8 +8,8 @@ using namespace ht;
 namespace {
 
 const char* type_name(THTMLTokenType t) {
-  static const char* names[] = {"?", "id", "sp", "str", "<", ">", "/", "=", "script", "style", "comment",
-                                "dir", "cdata", "custom"};
+  static const char* names[] = {"?", "id",     "sp",    "str",     "<",   ">",     "/",
+                                "=", "script", "style", "comment", "dir", "cdata", "custom"};
   return names[t];
 }
 
@@ -48,16 +47,16 @@ std::u16string text_of(std::u16string_view src) {
   return std::u16string(t.Token.view());
 }
 
-}  // namespace
+} // namespace
 
 TEST(HtmlTokenizer, CharacterClassPlanes) {
   struct {
     char16_t c;
     int in_tag, outside;
-  } cases[] = {{u'a', 1, 0}, {u'Z', 1, 0}, {u'5', 1, 0}, {u'#', 1, 0},      {u'%', 1, 0},  {u'@', 1, 0},
-               {u':', 1, 0}, {u'_', 1, 0}, {u'.', 1, 0}, {u'-', 1, 0},      {u'\t', 2, 0}, {u' ', 2, 0},
-               {u'"', 3, 0}, {u'\'', 3, 0}, {u'<', 4, 4}, {u'>', 5, 0},     {u'/', 6, 0},  {u'=', 7, 0},
-               {u'&', 0, 0}, {u'{', 0, 0}, {u'\f', 0, 0}, {u'\u00E9', 0, 0}, {u'\u4E2D', 0, 0}};
+  } cases[] = {{u'a', 1, 0}, {u'Z', 1, 0},  {u'5', 1, 0},  {u'#', 1, 0},      {u'%', 1, 0},     {u'@', 1, 0},
+               {u':', 1, 0}, {u'_', 1, 0},  {u'.', 1, 0},  {u'-', 1, 0},      {u'\t', 2, 0},    {u' ', 2, 0},
+               {u'"', 3, 0}, {u'\'', 3, 0}, {u'<', 4, 4},  {u'>', 5, 0},      {u'/', 6, 0},     {u'=', 7, 0},
+               {u'&', 0, 0}, {u'{', 0, 0},  {u'\f', 0, 0}, {u'\u00E9', 0, 0}, {u'\u4E2D', 0, 0}};
   for (auto& c : cases) {
     EXPECT_EQ(HtmlCharClass(c.c, true), c.in_tag) << int(c.c);
     EXPECT_EQ(HtmlCharClass(c.c, false), c.outside) << int(c.c);
@@ -85,7 +84,7 @@ TEST(HtmlTokenizer, TokenStreams) {
       {u"<![CDATA[a]]]>b]]>", "cdata:a]]]>b"},
       {u"<!DOCTYPE html>", "custom:DOCTYPE html"},
       {u"<!DOCTYPE x [<!ENTITY y \"]>\">]>t", "custom:DOCTYPE x [<!ENTITY y \"]>\">] str:t"},
-      {u"<!>", "?"},  // an empty text leaves the type as it was
+      {u"<!>", "?"}, // an empty text leaves the type as it was
       {u"<?xml version=\"1.0\"?><r/>", "dir:xml version=\"1.0\" < id:r / >"},
       {u"<?pi>x", "dir:pi str:x"},
       {u"<a b=\"1\" c='2'>", "< id:a sp id:b = str:1 sp id:c = str:2 >"},
@@ -111,7 +110,8 @@ TEST(HtmlTokenizer, ScriptAndStyleBodies) {
       {u"<style> p{} </style>", "< id:style style: p{}  < / id:style >"},
       {u"<style><!-- a --> b <!-- c --></style>", "< id:style style: a  b  c  < / id:style >"},
       {u"<style>x --> y <!-- z</style>", "< id:style style:x  y  z < / id:style >"},
-      {u"<style><!<!---->--></style>", "< id:style style:> < / id:style >"},  // marks joined by deletions count
+      {u"<style><!<!---->--></style>",
+       "< id:style style:> < / id:style >"}, // marks joined by deletions count
   };
   for (auto& c : cases)
     EXPECT_EQ(tokens(c.src), c.expected) << ToUtf8(c.src);
@@ -126,7 +126,7 @@ TEST(HtmlTokenizer, TagNamesAreLoweredUnlessCaseSensitive) {
     if (t.TokenType == htIdent)
       got += t.Token.toUtf8() + "," + t.CurrentTag.toUtf8() + ";";
   EXPECT_EQ(got, "div,div;div,div;");
-  EXPECT_TRUE(t.CurrentTag.empty());  // cleared by the '/'
+  EXPECT_TRUE(t.CurrentTag.empty()); // cleared by the '/'
   THTMLTokenizer cs(u"<Div>"_hs, true);
   cs.NextToken(true);
   cs.NextToken(true);
@@ -140,7 +140,7 @@ TEST(HtmlTokenizer, EntityDecoding) {
   } cases[] = {
       {u"a&lt;b&gt;c", u"a<b>c"},
       {u"&amp;&amp", u"&&"},
-      {u"&ampx;", u"&;"},  // "amp" and one more unit go, whatever it is
+      {u"&ampx;", u"&;"}, // "amp" and one more unit go, whatever it is
       {u"&quot;x", u"\"x"},
       {u"&nbsp;x", u"\u00A0x"},
       {u"&nbsp x", u"\u00A0 x"},
@@ -159,11 +159,11 @@ TEST(HtmlTokenizer, EntityDecoding) {
       {u"&#xD800;|&#55296;", u"  |  "},
       {u"&#-5;", u"  "},
       {u"&#99999999999;", u"  "},
-      {u"&abcdefghijklmnopqrstuvwxyz;", u"&abcdefghijklmnopqrstuvwxyz;"},  // more than 25 units
+      {u"&abcdefghijklmnopqrstuvwxyz;", u"&abcdefghijklmnopqrstuvwxyz;"}, // more than 25 units
       {u"&#", std::u16string(1, u'\0')},
       {u"&", u"&"},
       {u"&quo", u"\""},
-      {u"&quo<b>x", u"\">x"},  // the short form swallows units without looking
+      {u"&quo<b>x", u"\">x"}, // the short form swallows units without looking
   };
   for (auto& c : cases)
     EXPECT_EQ(text_of(c.src), c.text) << ToUtf8(c.src);
@@ -180,12 +180,12 @@ TEST(HtmlTokenizer, SpaceTokensAndEnd) {
   EXPECT_EQ(t.Token, u"  ");
   t.NextToken(true);
   EXPECT_TRUE(t.NextToken(true));
-  EXPECT_EQ(t.Token, u"b");  // one blank keeps the previous text
+  EXPECT_EQ(t.Token, u"b"); // one blank keeps the previous text
   EXPECT_EQ(t.TokenType, htSpace);
   THTMLTokenizer end(u"<a "_hs, false);
   end.NextToken(true);
   end.NextToken(true);
-  EXPECT_FALSE(end.NextToken(true));  // the blanks ran to the end
+  EXPECT_FALSE(end.NextToken(true)); // the blanks ran to the end
   EXPECT_FALSE(end.Eof);
   EXPECT_FALSE(end.NextToken(true));
   EXPECT_TRUE(end.Eof);
@@ -199,7 +199,7 @@ TEST(HtmlTokenizer, OffsetsAndQuoteSkipping) {
   t.NextToken(false);
   t.NextToken(false);
   t.NextToken(false);
-  EXPECT_TRUE(t.NextToken(false));  // stray quotes before a name are passed
+  EXPECT_TRUE(t.NextToken(false)); // stray quotes before a name are passed
   EXPECT_EQ(t.TokenType, htIdent);
   EXPECT_EQ(t.Token, u"y");
   EXPECT_EQ(t.TokenStart, 5);

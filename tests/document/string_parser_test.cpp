@@ -11,7 +11,7 @@ namespace {
 
 std::string rest(const TStringParser& sp) { return sp.Tail().toUtf8(); }
 
-}  // namespace
+} // namespace
 
 TEST(StringParser, EmptyTextPointsAtOwnNul) {
   TStringParser sp;
@@ -28,7 +28,7 @@ TEST(StringParser, EmptyTextPointsAtOwnNul) {
   EXPECT_EQ(sp.GetCurrent(), u'a');
   EXPECT_EQ(sp.Next(), u'b');
   EXPECT_EQ(sp.Next(), 0);
-  EXPECT_EQ(sp.Next(), 0);  // stays at the end
+  EXPECT_EQ(sp.Next(), 0); // stays at the end
   EXPECT_EQ(sp.Pos(), 3);
 }
 
@@ -53,7 +53,7 @@ TEST(StringParser, SkipEndBlanksKeepsCursorAndNul) {
   EXPECT_EQ(rest(sp), "b");
   EXPECT_EQ(sp.pend[0], 0);
   EXPECT_EQ(sp.Pos(), 2);
-  TStringParser all(u" \t \n"_hs);  // TAB is not cut
+  TStringParser all(u" \t \n"_hs); // TAB is not cut
   all.SkipEndBlanks();
   EXPECT_EQ(all.s, u" \t");
   TStringParser blanks(u"  "_hs);
@@ -66,7 +66,7 @@ TEST(StringParser, SkipEndBlanksKeepsCursorAndNul) {
 TEST(StringParser, StartsWithFoldsTextNotPattern) {
   TStringParser sp(u"DocType html"_hs);
   EXPECT_TRUE(sp.StartsWith(u"doctype"));
-  EXPECT_FALSE(sp.StartsWith(u"DocType"));  // the pattern must be lower case
+  EXPECT_FALSE(sp.StartsWith(u"DocType")); // the pattern must be lower case
   EXPECT_FALSE(sp.StartsWith(u""));
   EXPECT_FALSE(sp.StartsWith(u"doctype html5"));
   sp.Skip(20);
@@ -101,7 +101,7 @@ TEST(StringParser, ReadParamWalksParenthesisedList) {
     got += "[" + v.toUtf8() + "]";
   // Only one separator is skipped, so ",(" gives an empty element.
   EXPECT_EQ(got, "[a][b c ][][d]");
-  EXPECT_EQ(rest(sp), ") tail");  // the first ')' ended the list and was consumed
+  EXPECT_EQ(rest(sp), ") tail"); // the first ')' ended the list and was consumed
   EXPECT_FALSE(sp.ReadParam(v));
   EXPECT_EQ(rest(sp), " tail");
 }
@@ -131,7 +131,7 @@ TEST(StringParser, ReadtoCharsAndReadLn) {
   hstring v;
   EXPECT_TRUE(sp.ReadtoChars(u";=", v));
   EXPECT_EQ(v, u"key");
-  EXPECT_FALSE(sp.ReadtoChars(u"=", v));  // already on the stop
+  EXPECT_FALSE(sp.ReadtoChars(u"=", v)); // already on the stop
   TStringParser ln(u"one\r\ntwo\n\nthree\rfour"_hs);
   std::string got;
   while (ln.ReadLn(v))
@@ -142,7 +142,7 @@ TEST(StringParser, ReadtoCharsAndReadLn) {
 TEST(StringParser, ReadtoWordBreak) {
   struct {
     const char16_t* text;
-    std::u16string pieces;  // joined by '|'
+    std::u16string pieces; // joined by '|'
   } cases[] = {
       {u"hello big world", u"hello| big| world"},
       {u"well-known a/b", u"well|-known| a|/b"},
@@ -189,7 +189,7 @@ TEST(StringParser, ReadIntPrefixAndOverflowStop) {
       {u"  42x", 42, "x"},
       {u" , -7", -7, ""},
       {u"+5", 5, ""},
-      {u",,5", 0, ",5"},  // only one comma
+      {u",,5", 0, ",5"}, // only one comma
       {u"2147483647", 214748364, "7"},
       {u"214748363", 214748363, ""},
       {u"99999999999", 999999999, "99"},
@@ -235,7 +235,7 @@ TEST(StringParser, ReadNumAndReadNumEx) {
       {u"12.5px", false, 12.5, "px"},
       {u"-.25", false, -0.25, ""},
       {u"3.", false, 3, "."},
-      {u"1.123456789", false, 1.1234567, ""},  // eight and more fraction digits are dropped
+      {u"1.123456789", false, 1.1234567, ""}, // eight and more fraction digits are dropped
       {u"1e3", false, 1, "e3"},
       {u"1e3", true, 1000, ""},
       {u"2.5E-2x", true, 0.025, "x"},

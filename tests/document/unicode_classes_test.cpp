@@ -114,6 +114,6 @@ TEST(UnicodeClasses, ReplaceTextURLs) {
     EXPECT_EQ(ReplaceTextURLs(hstring(c.in), link), c.out) << hstring(c.in).toUtf8();
 
   hstring plain(u"nothing to see");
-  EXPECT_EQ(ReplaceTextURLs(plain, link).Pointer(), plain.Pointer());  // shared, not copied
+  EXPECT_EQ(ReplaceTextURLs(plain, link).Pointer(), plain.Pointer()); // shared, not copied
   EXPECT_EQ(ReplaceTextURLs(u"x www.a.org y"_hs, [](std::u16string_view) { return hstring(); }), u"x  y");
 }

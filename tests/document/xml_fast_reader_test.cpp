@@ -124,15 +124,15 @@ TEST(XMLFastReader, TrickyTextsGiveTheSameTreeOrError) {
   static const char* const kTexts[] = {
       // plain shapes and text placement
       "<a>text</a>", "<a>x<b/>y</a>", "<a> <b/> </a>", "<a>\n  <b>1</b>\n  <c/>\n</a>", "<a/>", "<a></a>",
-      "  <a/>  trailing", "<a>unterminated", "<a><b>deep", "<a><b x='1'", "<a><b/", "<a><b", "<a></", "<a></b",
-      "<a></a", "<a>t</a >", "<a>t</a\n>", "<a>\t</a>", "<r><a>1</a> <a>2</a> x <a>3</a></r>",
+      "  <a/>  trailing", "<a>unterminated", "<a><b>deep", "<a><b x='1'", "<a><b/", "<a><b", "<a></",
+      "<a></b", "<a></a", "<a>t</a >", "<a>t</a\n>", "<a>\t</a>", "<r><a>1</a> <a>2</a> x <a>3</a></r>",
       "<r> \n <a/> x </r>", "<r>  </r>", "<r>x</r>", "<r><!--c-->x</r>", "<r>x<!--c--></r>",
       // preserved space
-      "<r xml:space=\"preserve\"> <a/> </r>", "<r xml:space='preserve'>  </r>", "<r xml:space='default'> </r>",
-      "<r><p xml:space=\"preserve\"> a </p> </r>",
+      "<r xml:space=\"preserve\"> <a/> </r>", "<r xml:space='preserve'>  </r>",
+      "<r xml:space='default'> </r>", "<r><p xml:space=\"preserve\"> a </p> </r>",
       // errors
-      "<a></b>", "<a><b></a></b>", "<a>1 < 2</a>", "<1/>", "<a x=1/>", "<a x=/>", "<a x=", "<a x = >",
-      "<a><", "<a>< b/></a>", "<r><a x></r>", "<#a/>", "<a>&</a>", "</a><b/>",
+      "<a></b>", "<a><b></a></b>", "<a>1 < 2</a>", "<1/>", "<a x=1/>", "<a x=/>", "<a x=", "<a x = >", "<a><",
+      "<a>< b/></a>", "<r><a x></r>", "<#a/>", "<a>&</a>", "</a><b/>",
       // attributes
       "<a x=\"1\" y='2' z = \"3\"/>", "<a z='1' a='2' m='3'/>", "<a x='1' x='2'/>", "<a x x='2'/>",
       "<a x='1' x/>", "<a b c d/>", "<a x='&lt;&amp;&gt;&quot;&apos;'/>", "<a x='1'y='2'/>",
@@ -148,9 +148,10 @@ TEST(XMLFastReader, TrickyTextsGiveTheSameTreeOrError) {
       // references
       "<a>&lt;&gt;&amp;&quot;&apos;&nbsp;&nbsp</a>", "<a>&#65;&#x42;&#X43;&#x1F600;&#xD800;&#1114112;</a>",
       "<a>&#65 x;</a>", "<a>&#;&#x;</a>", "<a>&#0;</a>", "<a>&#00065;</a>", "<a>&#x0000041;</a>",
-      "<a>&#123456789;</a>", "<a>&#-5;</a>", "<a>&#+5;</a>", "<a>&# 5;</a>", "<a>&#,5;</a>", "<a>&unknown;</a>",
-      "<a>&hellip;&copy;&euro;</a>", "<a>&lt</a>", "<a>&quox</a>", "<a>&amx</a>", "<a>&nbs</a>", "<a>&q</a>",
-      "<a>&a", "<a>&", "<a>&lt;", "<a>& b ;</a>", "<a>&abcdefghijklmnopqrstuvwxyz0123;</a>", "<a>a&b;c</a>",
+      "<a>&#123456789;</a>", "<a>&#-5;</a>", "<a>&#+5;</a>", "<a>&# 5;</a>", "<a>&#,5;</a>",
+      "<a>&unknown;</a>", "<a>&hellip;&copy;&euro;</a>", "<a>&lt</a>", "<a>&quox</a>", "<a>&amx</a>",
+      "<a>&nbs</a>", "<a>&q</a>", "<a>&a", "<a>&", "<a>&lt;", "<a>& b ;</a>",
+      "<a>&abcdefghijklmnopqrstuvwxyz0123;</a>", "<a>a&b;c</a>",
       // blocks
       "<!--c--><a/>", "<?xml version='1.0'?><?pi x?><a/>", "<?xml version=\"1.0\" encoding=\"UTF-8\"?><a/>",
       "<a><?pi?><!--c--><![CDATA[x<y]]><!DOCTYPE z></a>", "<a><![CDATA[]]]></a>", "<a><![CDATA[x]]]]></a>",
@@ -167,8 +168,9 @@ TEST(XMLFastReader, TrickyTextsGiveTheSameTreeOrError) {
     expect_same(hstring::FromUtf8(t), t);
   // Embedded NULs and lone surrogates come only from UTF-16 text.
   static const std::u16string kUnits[] = {
-      std::u16string(u"<a>x\0y</a>", 10), std::u16string(u"<a\0/>", 5), std::u16string(u"<a x='\0'/>", 10),
-      std::u16string(u"<a>&#65\0;</a>", 13), std::u16string(u"<a>\xD800</a>"), std::u16string(u"\xFEFF<a/>"),
+      std::u16string(u"<a>x\0y</a>", 10), std::u16string(u"<a\0/>", 5),
+      std::u16string(u"<a x='\0'/>", 10), std::u16string(u"<a>&#65\0;</a>", 13),
+      std::u16string(u"<a>\xD800</a>"),   std::u16string(u"\xFEFF<a/>"),
       std::u16string(u"<?\0?><a/>", 9)};
   for (const std::u16string& t : kUnits)
     expect_same(hstring(t.data(), t.size()), "units");
@@ -203,7 +205,8 @@ TEST(XMLFastReader, RealFilesGiveTheSameTree) {
 
 TEST(XMLFastReader, MutatedTextsGiveTheSameTreeOrError) {
   static const char* const kSeeds[] = {
-      ("<?xml version=\"1.0\" encoding=\"utf-8\"?><!-- c --><r a=\"1\" b='x &amp; y'>\n <i id=\"1\">caf\xC3\xA9 "
+      ("<?xml version=\"1.0\" encoding=\"utf-8\"?><!-- c --><r a=\"1\" b='x &amp; y'>\n <i "
+       "id=\"1\">caf\xC3\xA9 "
        "&#233;</i>\n <j/><![CDATA[z]]><?p q?>t<k x='\xC3\xA9'>&lt;</k></r>"),
       "<r xml:space=\"preserve\"> <a> </a> <b x=\"1\" x=\"2\" y /> &nbsp;&quot; </r>",
       "<a><b><c>1</c><c>2</c></b><!DOCTYPE d><d e='&#x41;'/></a>"};
@@ -277,9 +280,10 @@ TEST(JSONFastReader, TrickyTextsGiveTheSameTreeOrError) {
       "[0, -1, 1.25, 1e10, 1E-3, -0.5e+2]", "[01]", "[-]", "[1.]", "[.5]", "[1..2]", "[1e]", "[1e+]",
       "[12345678901234567890]", "[1a]", "[-a]", "[+1]", "[1 2]",
       // errors and the wider grammar
-      "", " ", "[1,]", "{\"a\":1,}", "[,1]", "{,}", "{\"a\"}", "{\"a\" 1}", "{\"a\":}", "[", "{", "[1", "{\"a\":1",
-      "]", "}", ":", "[1]]", "{}}", "[1] x", "[1] // c", "[1] //c\r\n", "{},{}", "{},{},", "{},[]", "[],{}",
-      "{} , {\"a\":1}", "[true, trueish, nul]", "[ident]", "/", "[/]", "{\"a\":1 \"b\":2}", "[1,,2]"};
+      "", " ", "[1,]", "{\"a\":1,}", "[,1]", "{,}", "{\"a\"}", "{\"a\" 1}", "{\"a\":}", "[", "{", "[1",
+      "{\"a\":1", "]", "}", ":", "[1]]", "{}}", "[1] x", "[1] // c", "[1] //c\r\n", "{},{}", "{},{},",
+      "{},[]", "[],{}", "{} , {\"a\":1}", "[true, trueish, nul]", "[ident]", "/", "[/]", "{\"a\":1 \"b\":2}",
+      "[1,,2]"};
   for (const char* t : kTexts)
     expect_same_json(hstring::FromUtf8(t), t);
   std::string deep(1025, '[');
@@ -304,14 +308,16 @@ TEST(JSONFastReader, LoneSurrogateEscapesKeepTheNextCharacter) {
     EXPECT_EQ(n->GetAttribute(u"b"_hs), u"\uFFFDy"_hs);
     EXPECT_EQ(n->GetAttribute(u"c"_hs), u"\U0001F600"_hs);
     std::string out(n->UTF8Code(false).view());
-    EXPECT_NE(out.find("a=\"\xEF\xBF\xBDx\" b=\"\xEF\xBF\xBDy\" c=\"\xF0\x9F\x98\x80\""), std::string::npos) << out;
+    EXPECT_NE(out.find("a=\"\xEF\xBF\xBDx\" b=\"\xEF\xBF\xBDy\" c=\"\xF0\x9F\x98\x80\""), std::string::npos)
+        << out;
   }
 }
 
 TEST(JSONFastReader, RealFilesGiveTheSameTree) {
   int found = 0;
-  for (const char* path : {"/usr/share/iso-codes/json/iso_639-3.json", "/usr/share/iso-codes/json/iso_3166-2.json",
-                           "/usr/share/iso-codes/json/iso_4217.json"}) {
+  for (const char* path :
+       {"/usr/share/iso-codes/json/iso_639-3.json", "/usr/share/iso-codes/json/iso_3166-2.json",
+        "/usr/share/iso-codes/json/iso_4217.json"}) {
     std::string bytes = read_file(path);
     if (bytes.empty())
       continue;

@@ -50,7 +50,7 @@ TKernel kernel(double radius) {
   return k;
 }
 
-}  // namespace
+} // namespace
 
 TEST(GaussianKernel, RadiusOutsideRangeAsserts) {
   TKernel k;

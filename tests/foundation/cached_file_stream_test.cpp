@@ -1,13 +1,11 @@
+#include "foundation/temp_files.h"
 #include "htcore/foundation/cached_file_stream.h"
-
-#include <gtest/gtest.h>
+#include "htcore/foundation/stream_types.h"
 
 #include <cstring>
+#include <gtest/gtest.h>
 #include <random>
 #include <string>
-
-#include "foundation/temp_files.h"
-#include "htcore/foundation/stream_types.h"
 
 using namespace ht;
 
@@ -37,7 +35,7 @@ protected:
   TBytes FData;
 };
 
-}  // namespace
+} // namespace
 
 TEST_F(MappedFile, ReadsAcrossViewBoundaries) {
   THtCachedFileStream f(FPath);
@@ -95,7 +93,7 @@ TEST_F(MappedFile, GetPointerMovesTheViewWhenNeeded) {
   ASSERT_NE(p, nullptr);
   EXPECT_TRUE(Same(p, 100, 1000));
   EXPECT_EQ(f.ViewBase(), 0);
-  EXPECT_EQ(f.GetPosition(), 100);  // GetPointer does not advance
+  EXPECT_EQ(f.GetPosition(), 100); // GetPointer does not advance
 
   // Straddling a boundary: the view covers all that was asked.
   f.SetPosition(MiB - 16);
@@ -133,12 +131,12 @@ TEST_F(MappedFile, ViewGeometry) {
     int64_t pos, length;
     int64_t base, view_length;
   } cases[] = {
-      {0x150000, 10, MiB, MiB},     // base rounded down, at least 1 MiB
-      {MiB, 0, MiB, MiB},           // exactly on a boundary
-      {0x1FFFFF, 2, MiB, MiB + 1},  // grows to hold the bytes asked for
+      {0x150000, 10, MiB, MiB},    // base rounded down, at least 1 MiB
+      {MiB, 0, MiB, MiB},          // exactly on a boundary
+      {0x1FFFFF, 2, MiB, MiB + 1}, // grows to hold the bytes asked for
       {0x180000, 3 * MiB, MiB, 3 * MiB + 0x80000},
-      {5 * MiB + 100, 1000, 5 * MiB, 123},  // clipped to the file
-      {Size() + 5000, 10, 5 * MiB, 123},    // past the end: the last view
+      {5 * MiB + 100, 1000, 5 * MiB, 123}, // clipped to the file
+      {Size() + 5000, 10, 5 * MiB, 123},   // past the end: the last view
   };
   for (auto& c : cases) {
     f.SetMapViewPos(c.pos, c.length);
@@ -149,7 +147,7 @@ TEST_F(MappedFile, ViewGeometry) {
   EXPECT_EQ(f.ViewBase(), 0);
   EXPECT_EQ(f.ViewLength(), 3 * MiB);
   f.SetMapViewPos(0x150000, 10);
-  EXPECT_EQ(f.ViewLength(), 3 * MiB);  // the window is the least a view spans
+  EXPECT_EQ(f.ViewLength(), 3 * MiB); // the window is the least a view spans
   f.SetViewWindow(10);
   EXPECT_EQ(f.ViewLength(), MiB);
 

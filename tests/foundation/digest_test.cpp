@@ -1,17 +1,15 @@
-#include <gtest/gtest.h>
-#include <zlib.h>
-
-#include <cstring>
-#include <random>
-#include <string>
-
+#include "foundation/crc32_internal.h" // the table path alone
 #include "htcore/foundation/base64.h"
 #include "htcore/foundation/crc32.h"
 #include "htcore/foundation/exception.h"
 #include "htcore/foundation/md5.h"
 #include "htcore/foundation/rc4.h"
 
-#include "foundation/crc32_internal.h"  // the table path alone
+#include <cstring>
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <zlib.h>
 
 using namespace ht;
 
@@ -39,12 +37,12 @@ std::string Hex(const uint8_t* p, size_t n) {
   return s;
 }
 
-}  // namespace
+} // namespace
 
 TEST(CRC32, KnownValuesAreUncomplemented) {
   struct {
     std::string_view text;
-    uint32_t standard;  // the usual, complemented CRC-32
+    uint32_t standard; // the usual, complemented CRC-32
   } cases[] = {
       {"", 0x00000000},
       {"a", 0xE8B7BE43},
@@ -143,7 +141,7 @@ TEST(MD5, PiecesGiveTheSameDigest) {
   TMD5 reused;
   reused.Update("junk", 4);
   reused.Final();
-  EXPECT_EQ(reused.Final(), MD5Hash(TBytes()));  // Final resets
+  EXPECT_EQ(reused.Final(), MD5Hash(TBytes())); // Final resets
 }
 
 TEST(Base64, RfcVectorsAndPadding) {
@@ -209,13 +207,13 @@ TEST(Base64, DecodingIsForgiving) {
   } cases[] = {
       {u"Zm9v\r\nYmFy", "foobar"},
       {u" Z m9v\tYmFy \n", "foobar"},
-      {u"Zm9vYg", "foob"},  // no padding
+      {u"Zm9vYg", "foob"}, // no padding
       {u"Zm9vYmE", "fooba"},
-      {u"Zg==Zm9v", "f"},    // '=' ends the data
-      {u"Z", ""},            // six bits carry no byte
-      {u"Zg\u0141=", "f"},   // a unit above 0xFF is skipped, not read by its low byte
-      {u"Zm*9v!", "foo"},    // stray characters
-      {u"-_8", "\xFB\xFF"},  // URL-safe alphabet
+      {u"Zg==Zm9v", "f"},   // '=' ends the data
+      {u"Z", ""},           // six bits carry no byte
+      {u"Zg\u0141=", "f"},  // a unit above 0xFF is skipped, not read by its low byte
+      {u"Zm*9v!", "foo"},   // stray characters
+      {u"-_8", "\xFB\xFF"}, // URL-safe alphabet
       {u"====", ""},
       {u"\r\n", ""},
   };

@@ -1,13 +1,11 @@
-#include "htcore/foundation/hstring.h"
-
-#include <gtest/gtest.h>
-
-#include <thread>
-#include <unordered_set>
-
 #include "htcore/foundation/enum_info.h"
 #include "htcore/foundation/exception.h"
+#include "htcore/foundation/hstring.h"
 #include "htcore/foundation/startup.h"
+
+#include <gtest/gtest.h>
+#include <thread>
+#include <unordered_set>
 
 using namespace ht;
 
@@ -34,7 +32,7 @@ TEST(HString, CopyOnWriteSharesUntilUnique) {
   EXPECT_NE(a.Pointer(), b.Pointer());
   const char16_t* before = b.Pointer();
   b.UniqueData();
-  EXPECT_EQ(b.Pointer(), before);  // already private: no copy
+  EXPECT_EQ(b.Pointer(), before); // already private: no copy
 }
 
 TEST(HString, Utf8RoundTripAndRepair) {
@@ -53,7 +51,10 @@ TEST(HString, Utf8RoundTripAndRepair) {
     EXPECT_EQ(h.toUtf8(), c.utf8);
   }
   // Bad bytes, overlong forms, encoded surrogates and truncation all repair to U+FFFD.
-  EXPECT_EQ(hstring("a\xFF" "b").view(), u"a\uFFFDb");
+  EXPECT_EQ(hstring("a\xFF"
+                    "b")
+                .view(),
+            u"a\uFFFDb");
   EXPECT_EQ(hstring("\xC0\xAF").view(), u"\uFFFD");
   EXPECT_EQ(hstring("\xED\xA0\x80").view(), u"\uFFFD");
   EXPECT_EQ(hstring("x\xE2\x82").view(), u"x\uFFFD");
@@ -66,7 +67,7 @@ TEST(HString, OperatorsAndHashing) {
   EXPECT_EQ(a + u"c", u"abc");
   EXPECT_EQ(u'x' + a, u"xab");
   EXPECT_LT(hstring(u"ab"), hstring(u"b"));
-  EXPECT_LT(hstring(u"\u00E9"), hstring(u"\xD800"));  // ordinal by code unit
+  EXPECT_LT(hstring(u"\u00E9"), hstring(u"\xD800")); // ordinal by code unit
   hstring c = a;
   c += c;
   EXPECT_EQ(c, u"abab");

@@ -23,7 +23,7 @@ void check(const Case* cases, size_t n) {
   }
 }
 
-}  // namespace
+} // namespace
 
 TEST(HtFormatFloat, DigitsPointAndRounding) {
   const Case cases[] = {

@@ -1,13 +1,12 @@
-#include <gtest/gtest.h>
-#include <stdlib.h>
-#include <unistd.h>
+#include "foundation/temp_files.h"
+#include "htcore/foundation/stream_types.h"
 
 #include <cstring>
 #include <filesystem>
+#include <gtest/gtest.h>
+#include <stdlib.h>
 #include <string>
-
-#include "foundation/temp_files.h"
-#include "htcore/foundation/stream_types.h"
+#include <unistd.h>
 
 using namespace ht;
 
@@ -21,14 +20,13 @@ std::string ReadAll(TStream& s) {
 }
 
 // The same script of writes, seeks and reads on any growable stream.
-template <class Stream>
-void CheckGrowable() {
+template <class Stream> void CheckGrowable() {
   Stream s;
   EXPECT_EQ(s.GetSize(), 0);
   EXPECT_EQ(s.Write("hello", 5), 5);
   EXPECT_EQ(s.GetPosition(), 5);
   EXPECT_EQ(s.Seek(-3, soCurrent), 2);
-  EXPECT_EQ(s.Write("LLOX", 4), 4);  // overwrite and extend
+  EXPECT_EQ(s.Write("LLOX", 4), 4); // overwrite and extend
   EXPECT_EQ(ReadAll(s), "heLLOX");
   // Writing past the end leaves zeros in the gap.
   s.Seek(3, soEnd);
@@ -58,7 +56,7 @@ void CheckGrowable() {
   EXPECT_THROW(s.SetSize(-1), EStreamError);
 }
 
-}  // namespace
+} // namespace
 
 TEST(MemoryStreams, WriteSeekReadScript) {
   CheckGrowable<TMemoryStream>();
@@ -75,7 +73,7 @@ TEST(MemoryStreams, MemoryStreamGrowsAndClears) {
   EXPECT_EQ(m.Size(), 1000000);
   EXPECT_GE(m.Capacity(), m.Size());
   EXPECT_EQ(static_cast<char*>(m.Memory())[999999], 'x');
-  m.SetCapacity(10);  // never below the size
+  m.SetCapacity(10); // never below the size
   EXPECT_GE(m.Capacity(), m.Size());
   m.Clear();
   EXPECT_EQ(m.Size(), 0);
@@ -111,8 +109,8 @@ TEST(MemoryStreams, LoadAndCopyTakeTheWholeSource) {
 
   TBytesStream dst;
   src.SetPosition(3);
-  EXPECT_EQ(dst.CopyFrom(src, 4), 4);   // from the position
-  EXPECT_EQ(dst.CopyFrom(src, 0), 10);  // 0: everything from the start
+  EXPECT_EQ(dst.CopyFrom(src, 4), 4);  // from the position
+  EXPECT_EQ(dst.CopyFrom(src, 0), 10); // 0: everything from the start
   EXPECT_EQ(ReadAll(dst), "34560123456789");
   src.SetPosition(8);
   EXPECT_THROW(dst.CopyFrom(src, 5), EReadError);
@@ -156,7 +154,7 @@ TEST(FileStream, CreateWriteReopenRead) {
   {
     TFileStream f(path, fmOpenRead | fmShareDenyNone);
     EXPECT_EQ(ReadAll(f), "hello");
-    EXPECT_EQ(f.Write("x", 1), 0);  // read-only handle
+    EXPECT_EQ(f.Write("x", 1), 0); // read-only handle
   }
   {
     TFileStream f(path, fmOpenReadWrite | fmShareExclusive);
@@ -166,7 +164,7 @@ TEST(FileStream, CreateWriteReopenRead) {
   {
     TFileStream f(path, fmOpenWrite);
     char c;
-    EXPECT_EQ(f.Read(&c, 1), 0);  // write-only handle
+    EXPECT_EQ(f.Read(&c, 1), 0); // write-only handle
     f.WriteBuffer("J", 1);
   }
   TMemoryStream m;

@@ -1,10 +1,9 @@
 // A private temporary directory for a test, removed with everything in it.
 #pragma once
 
-#include <stdlib.h>
-
 #include <filesystem>
 #include <stdexcept>
+#include <stdlib.h>
 #include <string>
 
 class TempDir {

@@ -1,12 +1,10 @@
+#include "htcore/foundation/stream_types.h"
 #include "htcore/foundation/zip.h"
 
 #include <gtest/gtest.h>
-#include <zlib.h>
-
 #include <random>
 #include <string>
-
-#include "htcore/foundation/stream_types.h"
+#include <zlib.h>
 
 using namespace ht;
 
@@ -23,8 +21,7 @@ TBytes Sample(size_t n, uint32_t seed = 1) {
   return b;
 }
 
-template <class F>
-std::string ZMessageOf(F&& f) {
+template <class F> std::string ZMessageOf(F&& f) {
   try {
     f();
   } catch (const EZLibError& e) {
@@ -44,7 +41,7 @@ public:
   int Reads = 0;
 };
 
-}  // namespace
+} // namespace
 
 TEST(Zip, CompressRoundTripsAndCutsToSize) {
   for (size_t n : {0u, 1u, 100u, 100000u}) {
@@ -55,8 +52,8 @@ TEST(Zip, CompressRoundTripsAndCutsToSize) {
       ASSERT_GE(packed.size(), 8u);
       EXPECT_LE(packed.size(), compressBound(static_cast<uLong>(n)));
       EXPECT_EQ(packed[0], 0x78);
-      EXPECT_EQ(packed[1], fast ? 0x01 : 0x9C);  // level 1 vs zlib's default
-      TBytes plain(n + 10, 0xEE);                // room to spare: cut to what came out
+      EXPECT_EQ(packed[1], fast ? 0x01 : 0x9C); // level 1 vs zlib's default
+      TBytes plain(n + 10, 0xEE);               // room to spare: cut to what came out
       THtZIP::Decompress(packed, plain);
       EXPECT_EQ(plain, src);
     }
@@ -110,8 +107,8 @@ TEST(Zip, ZCompressLevelsAndRoundTrips) {
     TBytes best, fast, back;
     THtZIP::ZCompress(src, best, false);
     THtZIP::ZCompress(src, fast, true);
-    EXPECT_EQ(best[1], 0xDA);  // level 9
-    EXPECT_EQ(fast[1], 0x01);  // level 1
+    EXPECT_EQ(best[1], 0xDA); // level 9
+    EXPECT_EQ(fast[1], 0x01); // level 1
     THtZIP::ZDecompress(best, back);
     ASSERT_EQ(back, src) << n;
     THtZIP::ZDecompress(fast, back);
@@ -173,7 +170,7 @@ TEST(Zip, TruncatedOrCorruptDataRaises) {
     bad[at] ^= 0x5A;
     EXPECT_NE(ZMessageOf([&] { THtZIP::ZDecompress(bad, out); }), "no error") << at;
   }
-  TBytes dict = {0x78, 0xBB, 0, 0, 0, 1};  // asks for a preset dictionary
+  TBytes dict = {0x78, 0xBB, 0, 0, 0, 1}; // asks for a preset dictionary
   EXPECT_EQ(ZMessageOf([&] { THtZIP::ZDecompress(dict, out); }),
             "zlib error: need dictionary (preset dictionary)");
 }
@@ -192,10 +189,10 @@ TEST(Zip, DecompressionStreamLeavesTrailingDataAndSeeks) {
   TBytes buf(1000);
   z.ReadBuffer(buf.data(), 1000);
   EXPECT_TRUE(std::equal(buf.begin(), buf.end(), src.begin()));
-  EXPECT_EQ(z.Seek(50000, soCurrent), 51000);  // forward: skips
+  EXPECT_EQ(z.Seek(50000, soCurrent), 51000); // forward: skips
   z.ReadBuffer(buf.data(), 1000);
   EXPECT_TRUE(std::equal(buf.begin(), buf.end(), src.begin() + 51000));
-  EXPECT_EQ(z.Seek(10, soBeginning), 10);  // back: restarts from the first position
+  EXPECT_EQ(z.Seek(10, soBeginning), 10); // back: restarts from the first position
   z.ReadBuffer(buf.data(), 1000);
   EXPECT_TRUE(std::equal(buf.begin(), buf.end(), src.begin() + 10));
   EXPECT_THROW(z.Seek(0, soEnd), EStreamError);
@@ -233,7 +230,7 @@ TEST(Zip, CompressionStreamFinishesOnce) {
     char c;
     EXPECT_THROW(z.Read(&c, 1), EStreamError);
     EXPECT_THROW(z.Seek(0, soBeginning), EStreamError);
-  }  // the destructor finishes
+  } // the destructor finishes
   TBytes back;
   THtZIP::ZDecompress(out.Bytes(), back);
   EXPECT_EQ(back, src);
@@ -277,7 +274,7 @@ struct TRestoreZip {
   ~TRestoreZip() { THtZIP::RegisterImplementation(nullptr); }
 };
 
-}  // namespace
+} // namespace
 
 TEST(Zip, RegisteredImplementationReplacesZlib) {
   TRestoreZip restore;
@@ -298,7 +295,7 @@ TEST(Zip, RegisteredImplementationReplacesZlib) {
   EXPECT_EQ(rawOut, "zy");
   EXPECT_EQ(impl->Calls, 5);
 
-  THtZIP::RegisterImplementation(nullptr);  // back to zlib
+  THtZIP::RegisterImplementation(nullptr); // back to zlib
   EXPECT_NE(dynamic_cast<TDefZipImplementation*>(THtZIP::Implementation().get()), nullptr);
   THtZIP::ZCompress(src, out);
   EXPECT_EQ(out[0], 0x78);

@@ -1,8 +1,7 @@
+#include "htcore/foundation/exception.h"
 #include "htcore/graphics/matrix.h"
 
 #include <gtest/gtest.h>
-
-#include "htcore/foundation/exception.h"
 
 using namespace ht;
 
@@ -21,7 +20,7 @@ void ExpectNear(const THtMatrixData& m, std::initializer_list<float> want) {
     EXPECT_NEAR(got[i++], w, 1e-4) << "entry " << i - 1;
 }
 
-}  // namespace
+} // namespace
 
 TEST(Matrix, KindFollowsTheEntries) {
   struct {
@@ -31,9 +30,9 @@ TEST(Matrix, KindFollowsTheEntries) {
       {Make(1, 0, 0, 1, 0, 0), mfIdentity},
       {Make(1, 0, 0, 1, 3, 0), mfTranslation},
       {Make(2, 0, 0, 1, 0, 0), mfScale},
-      {Make(2, 0, 0, 2, 5, 5), mfScale},  // a scale may carry a translation
+      {Make(2, 0, 0, 2, 5, 5), mfScale}, // a scale may carry a translation
       {Make(-1, 0, 0, 1, 0, 0), mfNegativeScale},
-      {Make(-5e-8f, 0, 0, 1, 0, 0), mfScale},  // above -1e-7 counts as positive
+      {Make(-5e-8f, 0, 0, 1, 0, 0), mfScale},   // above -1e-7 counts as positive
       {Make(1, 2e-7f, 0, 1, 0, 0), mfIdentity}, // within 1e-6 of 0: no rotation
       {Make(1, 2e-6f, 0, 1, 0, 0), mfRotation},
       {Make(0, 1, -1, 0, 0, 0), mfRotation},
@@ -45,14 +44,14 @@ TEST(Matrix, KindFollowsTheEntries) {
 TEST(Matrix, OperationsApplyAfterTheExistingTransform) {
   THtMatrixData m;
   m.Scale(2, 3);
-  m.Translate(10, 20);  // after the scale: not scaled
+  m.Translate(10, 20); // after the scale: not scaled
   EXPECT_EQ(m.TransformPoint(TPointF{1, 1}), (TPointF{12, 23}));
-  m.Scale(2, 2);  // scales the translation too
+  m.Scale(2, 2); // scales the translation too
   EXPECT_EQ(m.TransformPoint(TPointF{1, 1}), (TPointF{24, 46}));
 
   THtMatrixData r;
   r.Translate(10, 0);
-  r.Rotate(90);  // the translated point turns about the origin
+  r.Rotate(90); // the translated point turns about the origin
   TPointF p = r.TransformPoint(TPointF{0, 0});
   EXPECT_NEAR(p.X, 0, 1e-5);
   EXPECT_NEAR(p.Y, 10, 1e-5);
@@ -94,8 +93,8 @@ TEST(Matrix, InverseAndSingular) {
   id.Multiply(inv);
   ExpectNear(id, {1, 0, 0, 1, 0, 0});
 
-  THtMatrixData s = Make(1, 2, 2, 4, 3, 3);  // det 0
-  EXPECT_TRUE(s.Inverse());                  // callers are not told
+  THtMatrixData s = Make(1, 2, 2, 4, 3, 3); // det 0
+  EXPECT_TRUE(s.Inverse());                 // callers are not told
   EXPECT_EQ(s, THtMatrixData());
 }
 
@@ -104,10 +103,10 @@ TEST(Matrix, TransformRectByKind) {
   EXPECT_EQ(Make(1, 0, 0, 1, 0, 0).TransformRect(r), r);
   EXPECT_EQ(Make(1, 0, 0, 1, 10, 20).TransformRect(r), (TRectF{11, 22, 13, 25}));
   EXPECT_EQ(Make(2, 0, 0, 3, 1, 0).TransformRect(r), (TRectF{3, 6, 7, 15}));
-  EXPECT_EQ(Make(-1, 0, 0, 1, 0, 0).TransformRect(r), (TRectF{-3, 2, -1, 5}));  // swapped back
+  EXPECT_EQ(Make(-1, 0, 0, 1, 0, 0).TransformRect(r), (TRectF{-3, 2, -1, 5})); // swapped back
   TRectF rot = THtMatrixData::CreateRotation(45).TransformRect(TRectF{-1, -1, 1, 1});
   EXPECT_NEAR(rot.Left, -1.41421f, 1e-4);
-  EXPECT_NEAR(rot.Bottom, 1.41421f, 1e-4);  // widened to the other corners
+  EXPECT_NEAR(rot.Bottom, 1.41421f, 1e-4); // widened to the other corners
 }
 
 TEST(Matrix, ScalesAndDecompose) {

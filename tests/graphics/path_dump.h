@@ -1,9 +1,9 @@
 // Path records as short text for comparisons: "M2,2 L12,2 C1,1,2,1,3,0 Z".
 #pragma once
 
-#include <string>
-
 #include "htcore/graphics/path.h"
+
+#include <string>
 
 inline std::string DumpNum(float v) {
   char buf[32];

@@ -1,10 +1,10 @@
-#include <gtest/gtest.h>
-#include <string>
-
 #include "graphics/path_dump.h"
 #include "htcore/foundation/exception.h"
 #include "htcore/graphics/path.h"
 #include "htcore/graphics/svg_writer.h"
+
+#include <gtest/gtest.h>
+#include <string>
 
 using namespace ht;
 
@@ -22,7 +22,7 @@ std::string Written(const char16_t* s) {
   return p.AsString().toUtf8();
 }
 
-}  // namespace
+} // namespace
 
 TEST(PathParse, Commands) {
   struct {
@@ -31,29 +31,30 @@ TEST(PathParse, Commands) {
   } cases[] = {
       {u"M10 20 L30 40", "M10,20 L30,40"},
       {u"m10 20 l5 5 l5 -5", "M10,20 L15,25 L20,20"},
-      {u"M1,2 3,4 5,6", "M1,2 L3,4 L5,6"},        // pairs after a move are lines
-      {u"m1 2 3 4", "M1,2 L4,6"},                 // relative ones after a relative move
+      {u"M1,2 3,4 5,6", "M1,2 L3,4 L5,6"}, // pairs after a move are lines
+      {u"m1 2 3 4", "M1,2 L4,6"},          // relative ones after a relative move
       {u"M0 0H10V5h-5v-5", "M0,0 L10,0 L10,5 L5,5 L5,0"},
-      {u"M0 0L10-5.5.5.5", "M0,0 L10,-5.5 L0.5,0.5"},  // compact numbers
+      {u"M0 0L10-5.5.5.5", "M0,0 L10,-5.5 L0.5,0.5"}, // compact numbers
       {u"M0 0 1e1 2E-1", "M0,0 L10,0.2"},
       {u"M0 0 C1 1 2 1 3 0 4 -1 5 -1 6 0", "M0,0 C1,1,2,1,3,0 C4,-1,5,-1,6,0"},
       {u"M0 0 c1 1 2 1 3 0 1 -1 2 -1 3 0", "M0,0 C1,1,2,1,3,0 C4,-1,5,-1,6,0"},
-      {u"M0 0 C1 1 2 1 3 0 S5 -1 6 0", "M0,0 C1,1,2,1,3,0 C4,-1,5,-1,6,0"},   // reflected control
-      {u"M0 0 s2 1 3 0 2 -1 3 0", "M0,0 C0,0,2,1,3,0 C4,-1,5,-1,6,0"},        // no curve before: current point
+      {u"M0 0 C1 1 2 1 3 0 S5 -1 6 0", "M0,0 C1,1,2,1,3,0 C4,-1,5,-1,6,0"}, // reflected control
+      {u"M0 0 s2 1 3 0 2 -1 3 0", "M0,0 C0,0,2,1,3,0 C4,-1,5,-1,6,0"},      // no curve before: current point
       {u"M0 0 Q3 6 6 0", "M0,0 C2,4,4,4,6,0"},
       {u"M0 0 q3 6 6 0 3 -6 6 0", "M0,0 C2,4,4,4,6,0 C8,-4,10,-4,12,0"},
       {u"M0 0 Q3 6 6 0 T12 0", "M0,0 C2,4,4,4,6,0 C8,-4,10,-4,12,0"},
-      {u"M0 0 T6 0", "M0,0 C0,0,2,0,6,0"},  // no quadratic before: the control is the current point
-      {u"M0 0 L10 0 L10 10 Z L5 5", "M0,0 L10,0 L10,10 Z M0,0 L5,5"},  // drawing after a close starts at the figure's start
+      {u"M0 0 T6 0", "M0,0 C0,0,2,0,6,0"}, // no quadratic before: the control is the current point
+      {u"M0 0 L10 0 L10 10 Z L5 5",
+       "M0,0 L10,0 L10,10 Z M0,0 L5,5"}, // drawing after a close starts at the figure's start
       {u"M0 0 L10 0 z z", "M0,0 L10,0 Z"},
       {u"M0 0 A10 10 0 0 1 20 0", "M0,0 A0,-10,20,20,180,180"},
-      {u"M0 0 a10 10 0 0120 0", "M0,0 A0,-10,20,20,180,180"},  // flags need no separator
-      {u"M0 0 A0 10 0 0 1 20 0", "M0,0 L20,0"},                // a flat arc is a line
-      {u"M5 5 A10 10 0 0 1 5 5", "M5,5"},                      // no distance: nothing
-      {u"10 0 0 5", "M0,0 L10,0 L10,5"},                       // numbers before any command: relative lines
+      {u"M0 0 a10 10 0 0120 0", "M0,0 A0,-10,20,20,180,180"}, // flags need no separator
+      {u"M0 0 A0 10 0 0 1 20 0", "M0,0 L20,0"},               // a flat arc is a line
+      {u"M5 5 A10 10 0 0 1 5 5", "M5,5"},                     // no distance: nothing
+      {u"10 0 0 5", "M0,0 L10,0 L10,5"},                      // numbers before any command: relative lines
       {u"", ""},
       {u"  ,;#", ""},
-      {u"M 1 2 . - + 3", "M1,2 L0,0 L3,0"},  // lone signs and points read as nothing or 0
+      {u"M 1 2 . - + 3", "M1,2 L0,0 L3,0"}, // lone signs and points read as nothing or 0
   };
   for (auto& c : cases)
     EXPECT_EQ(Parsed(c.in), c.records) << std::string(hstring(c.in).toUtf8());
@@ -62,7 +63,7 @@ TEST(PathParse, Commands) {
 TEST(PathParse, RotatedArcsBecomeCurves) {
   THtCustomPath p;
   p.Parse(u"M0 0 A20 10 30 0 1 30 10 L 40 40");
-  ASSERT_EQ(p.GetRec(1).Kind, prCurveTo);  // joined to the figure, no second move
+  ASSERT_EQ(p.GetRec(1).Kind, prCurveTo); // joined to the figure, no second move
   TPointF end = p.GetRec(1).Points.back();
   EXPECT_NEAR(end.X, 30, 1e-3);
   EXPECT_NEAR(end.Y, 10, 1e-3);
@@ -77,14 +78,14 @@ TEST(PathParse, UnknownCommandRaises) {
   } catch (const Exception& e) {
     EXPECT_STREQ(e.what(), "Unknown path command X");
   }
-  EXPECT_EQ(Dump(p), "M0,0 L1,1");  // what came before stays
-  EXPECT_THROW(p.Parse(u"M0 0 1e"), Exception);  // the letter of a broken exponent
+  EXPECT_EQ(Dump(p), "M0,0 L1,1");              // what came before stays
+  EXPECT_THROW(p.Parse(u"M0 0 1e"), Exception); // the letter of a broken exponent
 }
 
 TEST(SVGWriter, Commands) {
   THtSVGWriter w(64);
   w.Com(u'M');
-  w.Com(u'L');  // a move is remembered as a line
+  w.Com(u'L'); // a move is remembered as a line
   EXPECT_EQ(w.GetAsString().toUtf8(), "M");
   THtSVGWriter l(64);
   l.LineTo(1, 2).LineTo(3, 4);
@@ -105,7 +106,7 @@ TEST(PathWrite, Forms) {
       {u"", ""},
       {u"M10 20", "M10 20"},
       {u"M0 0 L10 0 L10 5 L0 5 Z", "M0 0h10 v5 h-10 z"},
-      {u"M0 0 L10 0 L10 5 L0 0", "M0 0h10 v5 z"},  // a last line back to the start closes
+      {u"M0 0 L10 0 L10 5 L0 0", "M0 0h10 v5 z"}, // a last line back to the start closes
       {u"M0 0 L3 4 L5 5", "M0 0l3 4 2 1 "},
       {u"M1 1 C1 2 3 4 5 5 C6 6 7 7 8 9", "M1 1c0 1,2 3,4 4 1 1,2 2,3 4"},
       {u"M0 0 Z C1 1 2 2 3 0", "M0 0zM0 0c1 1,2 2,3 0"},
@@ -116,10 +117,10 @@ TEST(PathWrite, Forms) {
     EXPECT_EQ(Written(c.in), c.out) << std::string(hstring(c.in).toUtf8());
 
   THtCustomPath e;
-  e.AddEllipse(0, 0, 20, 10);  // full turns need two arcs
+  e.AddEllipse(0, 0, 20, 10); // full turns need two arcs
   EXPECT_EQ(e.AsString().toUtf8(), "M20 5A10 5 0 0 1 0 5 10 5 0 0 1 20 5 z");
   THtCustomPath first;
-  first.AddArc(0, 0, 10, 10, 0, 90, 1);  // an arc first gets a move to its start
+  first.AddArc(0, 0, 10, 10, 0, 90, 1); // an arc first gets a move to its start
   EXPECT_EQ(first.AsString().toUtf8(), "M10 5A5 5 0 0 1 5 10 ");
   THtCustomPath absCurve;
   absCurve.AddArc(0, 0, 10, 10, 0, 90, 1);
@@ -130,9 +131,11 @@ TEST(PathWrite, Forms) {
 
 TEST(PathWrite, RoundTripKeepsTheRecords) {
   const char16_t* docs[] = {
-      u"M12 2C6.48 2 2 6.48 2 12s4.48 10 10 10 10-4.48 10-10S17.52 2 12 2zm0 18c-4.41 0-8-3.59-8-8s3.59-8 8-8 8 "
+      u"M12 2C6.48 2 2 6.48 2 12s4.48 10 10 10 10-4.48 10-10S17.52 2 12 2zm0 18c-4.41 0-8-3.59-8-8s3.59-8 "
+      u"8-8 8 "
       u"3.59 8 8-3.59 8-8 8z",
-      u"M19 3H5c-1.11 0-2 .9-2 2v14c0 1.1.89 2 2 2h14c1.1 0 2-.9 2-2V5c0-1.1-.9-2-2-2zm-9 14l-5-5 1.41-1.41L10 "
+      u"M19 3H5c-1.11 0-2 .9-2 2v14c0 1.1.89 2 2 2h14c1.1 0 2-.9 2-2V5c0-1.1-.9-2-2-2zm-9 14l-5-5 "
+      u"1.41-1.41L10 "
       u"14.17l7.59-7.59L19 8l-9 9z",
       u"M3 3h18v18H3z M7 7a5 5 0 1 0 10 0a5 5 0 1 0-10 0",
       u"M0.1234 0.5678l0.0001 0.0001 0.0001 0.0001 0.0001 0.0001 0.0001 0.0001",

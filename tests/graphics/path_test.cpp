@@ -1,33 +1,32 @@
+#include "graphics/path_dump.h"
 #include "htcore/graphics/path.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 #include <string>
 
-#include "graphics/path_dump.h"
-
 using namespace ht;
 
 TEST(PathBuild, MergingRules) {
   THtCustomPath p;
   p.MoveTo(1, 1);
-  p.MoveTo(2, 2);  // a move after a move replaces it
+  p.MoveTo(2, 2); // a move after a move replaces it
   EXPECT_EQ(Dump(p), "M2,2");
   p.LineTo(5, 2);
-  p.LineTo(5, 2);  // same point twice: once
+  p.LineTo(5, 2); // same point twice: once
   EXPECT_EQ(Dump(p), "M2,2 L5,2");
-  p.LineTo(9, 2);  // continues the horizontal line: its end moves
+  p.LineTo(9, 2); // continues the horizontal line: its end moves
   p.LineTo(12, 2);
   EXPECT_EQ(Dump(p), "M2,2 L12,2");
   p.LineTo(12, 6);
   p.LineTo(12, 9);
   EXPECT_EQ(Dump(p), "M2,2 L12,2 L12,9");
-  p.MoveTo(12, 9);  // at the last point: nothing
+  p.MoveTo(12, 9); // at the last point: nothing
   EXPECT_EQ(p.Count(), 3);
   p.CloseFigure();
-  p.LineTo(0, 0);  // a line after a close begins a new figure
+  p.LineTo(0, 0); // a line after a close begins a new figure
   EXPECT_EQ(Dump(p), "M2,2 L12,2 L12,9 Z M0,0");
-  p.MoveTo(0, 0);  // after a move: replaces it with the same point
+  p.MoveTo(0, 0); // after a move: replaces it with the same point
   EXPECT_EQ(p.Count(), 5);
 }
 
@@ -36,7 +35,7 @@ TEST(PathBuild, RectanglesAndRoundRects) {
   r.AddRectangle(1, 2, 10, 5);
   EXPECT_EQ(Dump(r), "M1,2 L11,2 L11,7 L1,7 Z");
   EXPECT_TRUE(r.IsRect());
-  EXPECT_TRUE(r.HasCurves());  // a close counts
+  EXPECT_TRUE(r.HasCurves()); // a close counts
 
   THtCustomPath rr;
   rr.AddRoundRect(TRectF{0, 0, 100, 50}, 10, 5);
@@ -52,7 +51,7 @@ TEST(PathBuild, RectanglesAndRoundRects) {
   tri.MoveTo(0, 0);
   tri.LineTo(10, 0);
   tri.LineTo(10, 10);
-  tri.LineTo(0, 0);  // a slanted side
+  tri.LineTo(0, 0); // a slanted side
   EXPECT_FALSE(tri.IsRect());
 }
 
@@ -60,10 +59,10 @@ TEST(PathBuild, BeziersFromTheLastPoint) {
   THtCustomPath p;
   p.MoveTo(0, 0);
   const TPointF pts[] = {{1, 1}, {2, 1}, {3, 0}, {4, 4}, {5, 5}, {3, 0}, {9, 9}};
-  p.AddBeziers(pts);  // the second group ends where it starts: a line; the 7th point is dropped
+  p.AddBeziers(pts); // the second group ends where it starts: a line; the 7th point is dropped
   EXPECT_EQ(Dump(p), "M0,0 C1,1,2,1,3,0 L3,0");
   const TPointF two[] = {{1, 1}, {2, 2}};
-  p.AddBeziers(two);  // too few
+  p.AddBeziers(two); // too few
   EXPECT_EQ(p.Count(), 3);
 
   THtCustomPath q;
@@ -77,7 +76,7 @@ TEST(PathBuild, BeziersFromTheLastPoint) {
 TEST(PathBuild, LastPointSkipsClosesAndFollowsArcs) {
   THtCustomPath p;
   EXPECT_EQ(p.LastPoint(), (TPointF{0, 0}));
-  p.AddArc(0, 0, 20, 20, 0, 90, 1);  // ends at the bottom of the circle
+  p.AddArc(0, 0, 20, 20, 0, 90, 1); // ends at the bottom of the circle
   TPointF lp = p.LastPoint();
   EXPECT_NEAR(lp.X, 10, 1e-4);
   EXPECT_NEAR(lp.Y, 20, 1e-4);
@@ -100,7 +99,7 @@ TEST(PathBuild, BoundsTransformsAndTranslate) {
   p.GetBounds(b, nullptr);
   EXPECT_EQ(b, (TRectF{5, 6, 5, 6}));
   const TPointF pts[] = {{0, 20}, {10, -4}, {8, 8}};
-  p.AddBeziers(pts);  // control points count
+  p.AddBeziers(pts); // control points count
   p.GetBounds(b, nullptr);
   EXPECT_EQ(b, (TRectF{0, -4, 10, 20}));
   THtMatrixData m = THtMatrixData::CreateScaled(2, 2);
@@ -113,7 +112,7 @@ TEST(PathBuild, BoundsTransformsAndTranslate) {
   a.Translate(1, 1);
   a.GetBounds(b, nullptr);
   EXPECT_EQ(b, (TRectF{1, 1, 25, 23}));
-  EXPECT_EQ(a.GetRec(1).Points[1], (TPointF{4, 2}));  // sizes stay
+  EXPECT_EQ(a.GetRec(1).Points[1], (TPointF{4, 2})); // sizes stay
 
   // A transform turns arcs into curves, joined to the figure by a line.
   THtCustomPath t;
@@ -134,14 +133,14 @@ TEST(PathBuild, ArcToBezierStaysOnTheCircle) {
   ArctoBezier(0, 0, 10, 10, 0, 0, pts);
   EXPECT_TRUE(pts.empty());
   ArctoBezier(5, 5, 10, 10, 0, std::numbers::pi * 1.5, pts);
-  ASSERT_EQ(pts.size(), 10u);  // three quarter segments
+  ASSERT_EQ(pts.size(), 10u); // three quarter segments
   for (size_t i = 0; i < pts.size(); i += 3)
     EXPECT_NEAR(std::hypot(pts[i].X - 5, pts[i].Y - 5), 10, 1e-3) << i;
   EXPECT_NEAR(pts.back().X, 5, 1e-4);
   EXPECT_NEAR(pts.back().Y, -5, 1e-4);
   ArctoBezier(0, 0, 1, 1, 0, INFINITY, pts);
   EXPECT_TRUE(pts.empty());
-  ArctoBezier(0, 0, 1, 1, 0, 1e30, pts);  // bounded
+  ArctoBezier(0, 0, 1, 1, 0, 1e30, pts); // bounded
   EXPECT_LE(pts.size(), 3u * 64 + 1);
 }
 
@@ -153,9 +152,9 @@ TEST(PathBuild, CalcArc) {
   } cases[] = {
       {0, 0, 20, 0, 10, 10, 0, false, true, 10, 0, 180, 180, 10},
       {0, 0, 20, 0, 10, 10, 0, false, false, 10, 0, 180, -180, 10},
-      {0, 0, 10, 10, 10, 10, 0, false, true, 0, 10, 270, 90, 10},  // the small quarter
-      {0, 0, 10, 10, 10, 10, 0, true, true, 10, 0, 180, 270, 10},  // the large way round
-      {0, 0, 40, 0, 1, 1, 0, false, true, 20, 0, 180, 180, 20},  // radius grows to reach
+      {0, 0, 10, 10, 10, 10, 0, false, true, 0, 10, 270, 90, 10}, // the small quarter
+      {0, 0, 10, 10, 10, 10, 0, true, true, 10, 0, 180, 270, 10}, // the large way round
+      {0, 0, 40, 0, 1, 1, 0, false, true, 20, 0, 180, 180, 20},   // radius grows to reach
       {5, 5, 5, 5, 10, 10, 0, false, true, 5, 5, 0, 0, 10},       // same ends: nothing
   };
   for (auto& c : cases) {
@@ -193,7 +192,7 @@ TEST(PathMeasure, FlattenGivesLinesOnly) {
 }
 
 TEST(PathMeasure, FlattenIsBoundedOnHostileInput) {
-  const char16_t* cases[] = {u"M0 0 A 1e30 1e30 0 1 1 1e30 0",      u"M0 0 A 1e-30 1e-30 0 1 1 1 0",
+  const char16_t* cases[] = {u"M0 0 A 1e30 1e30 0 1 1 1e30 0", u"M0 0 A 1e-30 1e-30 0 1 1 1 0",
                              u"M1e38 1e38 C -1e38 0 1e38 0 -1e38 1", u"M0 0 A 10 10 0 1 1 0 1e-7"};
   for (const char16_t* s : cases)
     for (float tol : {0.0f, 1e-9f, 1.0f, 1e9f, NAN, INFINITY}) {
@@ -225,7 +224,7 @@ TEST(PathMeasure, LengthAndHitTests) {
   for (auto& h : hits)
     EXPECT_EQ(sq.ContainsPoint(h.x, h.y), h.in) << h.x << "," << h.y;
   EXPECT_TRUE(circle.ContainsPoint(10, 10));
-  EXPECT_FALSE(circle.ContainsPoint(1, 1));  // inside the box, outside the circle
+  EXPECT_FALSE(circle.ContainsPoint(1, 1)); // inside the box, outside the circle
 
   // Two nested squares drawn the same way: a hole for even-odd, filled for winding.
   THtCustomPath nested;

@@ -2,13 +2,13 @@
 // operations built on the primitives are checked by the calls they make.
 #pragma once
 
+#include "graphics/path_dump.h"
+#include "htcore/graphics/canvas.h"
+
 #include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "graphics/path_dump.h"
-#include "htcore/graphics/canvas.h"
 
 namespace testing_canvas {
 
@@ -46,12 +46,13 @@ public:
 
 class TRecordingCanvas : public ht::THtCanvas {
 public:
-  explicit TRecordingCanvas(std::shared_ptr<std::vector<std::string>> ALog = nullptr, std::string APrefix = "")
+  explicit TRecordingCanvas(std::shared_ptr<std::vector<std::string>> ALog = nullptr,
+                            std::string APrefix = "")
       : Log(ALog ? ALog : std::make_shared<std::vector<std::string>>()), Prefix(std::move(APrefix)) {}
 
   std::shared_ptr<std::vector<std::string>> Log;
   std::string Prefix;
-  bool RecordImages = false;  // DrawImage as one line instead of the base replay
+  bool RecordImages = false; // DrawImage as one line instead of the base replay
   bool WithBitmaps = true;
 
   void Put(std::string s) { Log->push_back(Prefix + s); }
@@ -72,8 +73,8 @@ public:
   float MeasureString(const ht::hstring& s, ht::THtFont&, const ht::THtTextStyle&, float, int, int) override {
     return static_cast<float>(s.size()) * 7;
   }
-  void DrawString(const ht::hstring& s, const ht::TRectF& R, ht::THtFont&, const ht::THtTextStyle& TextStyle, int,
-                  int) override {
+  void DrawString(const ht::hstring& s, const ht::TRectF& R, ht::THtFont&, const ht::THtTextStyle& TextStyle,
+                  int, int) override {
     Put("Text '" + s.toUtf8() + "' " + Rect(R) + " " + Hex(TextStyle.Color));
   }
   void SaveState() override {
@@ -90,7 +91,9 @@ public:
   }
   void IntersectClip(const ht::TRectF& R) override { Put("Clip " + Rect(R)); }
   void SetSmoothingMode(bool Smooth) override { Put(std::string("Smooth ") + (Smooth ? "on" : "off")); }
-  void SetCompositingMode(bool ModeOver) override { Put(std::string("Compositing ") + (ModeOver ? "over" : "copy")); }
+  void SetCompositingMode(bool ModeOver) override {
+    Put(std::string("Compositing ") + (ModeOver ? "over" : "copy"));
+  }
   void BlurRect(const ht::TRectF& R, ht::THtPath*, float Radius) override {
     Put("Blur " + Rect(R) + " r" + DumpNum(Radius));
   }
@@ -117,4 +120,4 @@ public:
   ht::THtCanvas* NewCanvas() const override { return new TRecordingCanvas(Log, Prefix + "  bmp: "); }
 };
 
-}  // namespace testing_canvas
+} // namespace testing_canvas

@@ -25,10 +25,13 @@ TEST(CSSSelector, Weights) {
     const char16_t* in;
     uint32_t weight;
   } cases[] = {
-      {u"div", 1},        {u".a", 16},           {u"#a", 256},      {u"div.a", 17},
-      {u"a:hover", 17},   {u"ul li", 2},         {u"[x][y]", 16},   {u"*", 0},
-      {u"* > p", 2},      {u"p::before", 17},    {u"a:not(.b)", 1}, {u"#a .b c:first-child", 289},
-      {u"a.b.c.d", 49},   {u"li:nth-child(2)", 17},
+      {u"div", 1},       {u".a", 16},
+      {u"#a", 256},      {u"div.a", 17},
+      {u"a:hover", 17},  {u"ul li", 2},
+      {u"[x][y]", 16},   {u"*", 0},
+      {u"* > p", 2},     {u"p::before", 17},
+      {u"a:not(.b)", 1}, {u"#a .b c:first-child", 289},
+      {u"a.b.c.d", 49},  {u"li:nth-child(2)", 17},
   };
   for (auto& c : cases) {
     auto s = sel(c.in);
@@ -61,7 +64,7 @@ TEST(CSSSelector, ReadingAndWriting) {
       {u"50%", "50%"},
       {u"\"quoted\"", "quoted"},
       {u"*", "*"},
-      {u"a..b", "a.b"},  // a dot without a name is dropped
+      {u"a..b", "a.b"}, // a dot without a name is dropped
       {u"a >", "a>"},
   };
   for (auto& c : cases) {
@@ -92,12 +95,12 @@ TEST(CSSSelector, ConditionsAndTestRoutines) {
     const char16_t* in;
     TCSSTestProc test;
   } procs[] = {
-      {u"*", &TCSSSelector::TestUniversal},      {u"p", &TCSSSelector::TestTag},
-      {u"#a", &TCSSSelector::TestID},            {u".a.b", &TCSSSelector::TestClass},
-      {u"p.a", &TCSSSelector::TestTagClass},     {u"[a]:hover", &TCSSSelector::TestPCCondition},
-      {u"[a]", &TCSSSelector::TestCondition},    {u".a:hover", &TCSSSelector::TestPCClass},
-      {u"p#a", &TCSSSelector::TestAll},          {u"*.a", &TCSSSelector::TestAll},
-      {u"p::before", &TCSSSelector::TestTag},    {u"p:hover", &TCSSSelector::TestAll},
+      {u"*", &TCSSSelector::TestUniversal},   {u"p", &TCSSSelector::TestTag},
+      {u"#a", &TCSSSelector::TestID},         {u".a.b", &TCSSSelector::TestClass},
+      {u"p.a", &TCSSSelector::TestTagClass},  {u"[a]:hover", &TCSSSelector::TestPCCondition},
+      {u"[a]", &TCSSSelector::TestCondition}, {u".a:hover", &TCSSSelector::TestPCClass},
+      {u"p#a", &TCSSSelector::TestAll},       {u"*.a", &TCSSSelector::TestAll},
+      {u"p::before", &TCSSSelector::TestTag}, {u"p:hover", &TCSSSelector::TestAll},
   };
   for (auto& c : procs)
     EXPECT_TRUE(sel(c.in)->Test == c.test) << hstring(c.in).toUtf8();
@@ -116,7 +119,7 @@ TEST(CSSSelector, Matching) {
       {u"li", u"l1", true},
       {u"LI", u"l1", true},
       {u"#l1", u"l1", true},
-      {u"#L1", u"l1", false},  // ids keep their case
+      {u"#L1", u"l1", false}, // ids keep their case
       {u".a", u"l2", true},
       {u".a.b", u"l2", true},
       {u".a.b", u"l1", false},
@@ -128,12 +131,12 @@ TEST(CSSSelector, Matching) {
       {u"div li", u"l1", true},
       {u"div ul li", u"l3", true},
       {u"p li", u"l1", false},
-      {u"#l1 + li", u"l2", true},  // the text node between is passed over
+      {u"#l1 + li", u"l2", true}, // the text node between is passed over
       {u"#l1 + li", u"l3", false},
       {u"#l1 ~ li", u"l3", true},
       {u"#l3 ~ li", u"l1", false},
       {u"ul + p", u"p1", true},
-      {u"p + span", u"s1", true},  // the comment is no sibling
+      {u"p + span", u"s1", true}, // the comment is no sibling
       {u"li:nth-child(odd)", u"l1", true},
       {u"li:nth-child(odd)", u"l2", false},
       {u"li:nth-child(2)", u"l2", true},
@@ -151,23 +154,24 @@ TEST(CSSSelector, Matching) {
       {u"[title*=g r]", u"p1", true},
       {u"[data-x=abc]", u"s1", true},
       {u"[data-x=ABC]", u"s1", false},
-      {u"[nope!=1]", u"s1", true},   // absent, and the node has other attributes
+      {u"[nope!=1]", u"s1", true}, // absent, and the node has other attributes
       {u"[nope!=1]", u"p1", true},
       {u"span[nope]", u"s1", false},
       {u"li:not(.b)", u"l1", true},
       {u"li:not(.b)", u"l2", false},
       {u"li:not(#l3)", u"l3", false},
-      {u"li:not(p)", u"l1", false},  // the operand is empty: every element satisfies it
+      {u"li:not(p)", u"l1", false}, // the operand is empty: every element satisfies it
       {u"*", u"s1", true},
-      {u"* > li", u"l1", false},  // left of a combinator "*" is a tag name
-      {u".a:first-child", u"l2", true},  // taken as given by the class-and-state routine
+      {u"* > li", u"l1", false},        // left of a combinator "*" is a tag name
+      {u".a:first-child", u"l2", true}, // taken as given by the class-and-state routine
   };
   for (auto& c : cases) {
     auto s = sel(c.selector);
     ASSERT_TRUE(s) << hstring(c.selector).toUtf8();
     const TCSSElement* e = d.id(c.id);
     ASSERT_TRUE(e) << hstring(c.id).toUtf8();
-    EXPECT_EQ(TestSelector(e, s.get(), 0), c.match) << hstring(c.selector).toUtf8() << " on " << hstring(c.id).toUtf8();
+    EXPECT_EQ(TestSelector(e, s.get(), 0), c.match)
+        << hstring(c.selector).toUtf8() << " on " << hstring(c.id).toUtf8();
   }
 }
 
@@ -197,7 +201,7 @@ TEST(CSSSelector, PseudoStateAndRequiredSets) {
 TEST(CSSSelector, ClassesFollowTheAttribute) {
   TDoc d(u"<p id=p class=' One  two '>x</p>");
   auto* p = const_cast<TCSSElement*>(d.id(u"p"));
-  ASSERT_EQ(p->FClassHashes.size(), 3u);  // the double blank gives an empty record
+  ASSERT_EQ(p->FClassHashes.size(), 3u); // the double blank gives an empty record
   EXPECT_TRUE(p->MultiClass);
   EXPECT_EQ(p->FClassHashes[0].s, u"one");
   p->SetAttribute(u"class"_hs, u"three"_hs);

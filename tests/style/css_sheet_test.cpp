@@ -65,7 +65,7 @@ TEST(CSSSheet, DeclarationsWinAndLose) {
   EXPECT_TRUE(imp.fSections[0]->Values[0].Important);
   TCSSStyleSheet nonsense;
   nonsense.Parse(u"a { color: nonsense }"_hs);
-  EXPECT_EQ(nonsense.fSections[0]->Values[0].Slot(), 1u);  // the marker colour
+  EXPECT_EQ(nonsense.fSections[0]->Values[0].Slot(), 1u); // the marker colour
 }
 
 TEST(CSSSheet, SlotsAndVendorValues) {
@@ -96,20 +96,22 @@ TEST(CSSSheet, ShorthandExpansion) {
     const char16_t* decl;
     const char* compiled;
   } cases[] = {
-      {u"margin: 1px 2px 3px",
-       "margin=1px 2px 3px;margin-top=1px;margin-right=2px;margin-bottom=3px;"},
-      {u"padding: 1px",
-       "padding=1px;padding-top=1px;padding-right=1px;padding-bottom=1px;padding-left=1px;"},
-      {u"margin: 1px 2px", "margin=1px 2px;margin-top=1px;margin-right=2px;margin-bottom=1px;margin-left=2px;"},
-      {u"margin: calc(1px + 2px) 0",
-       "margin=calc ( 1px + 2px ) 0;margin-top=calc ( 1px + 2px );margin-right=0;margin-bottom=calc ( 1px + 2px );"
-       "margin-left=0;"},
+      {u"margin: 1px 2px 3px", "margin=1px 2px 3px;margin-top=1px;margin-right=2px;margin-bottom=3px;"},
+      {u"padding: 1px", "padding=1px;padding-top=1px;padding-right=1px;padding-bottom=1px;padding-left=1px;"},
+      {u"margin: 1px 2px",
+       "margin=1px 2px;margin-top=1px;margin-right=2px;margin-bottom=1px;margin-left=2px;"},
+      {u"margin: calc(1px + 2px) 0", "margin=calc ( 1px + 2px ) 0;margin-top=calc ( 1px + 2px "
+                                     ");margin-right=0;margin-bottom=calc ( 1px + 2px );"
+                                     "margin-left=0;"},
       {u"font: italic bold 12px/14px serif",
-       "font=italic bold 12px / 14px serif;font-style=italic;font-weight=bold;font-size=12px;line-height=14px;"
+       "font=italic bold 12px / 14px "
+       "serif;font-style=italic;font-weight=bold;font-size=12px;line-height=14px;"
        "font-family=serif;"},
-      {u"font: 12px Arial", "font=12px Arial;font-size=12px;font-family=Arial;font-style=normal;font-weight=normal;"},
+      {u"font: 12px Arial",
+       "font=12px Arial;font-size=12px;font-family=Arial;font-style=normal;font-weight=normal;"},
       {u"border: 1px solid red",
-       "border=1px solid red;border-width=1px;border-top-width=1px;border-right-width=1px;border-bottom-width=1px;"
+       "border=1px solid "
+       "red;border-width=1px;border-top-width=1px;border-right-width=1px;border-bottom-width=1px;"
        "border-left-width=1px;border-top-style=solid;border-right-style=solid;border-bottom-style=solid;"
        "border-left-style=solid;border-color=red;border-top-color=red;border-right-color=red;"
        "border-bottom-color=red;border-left-color=red;"},
@@ -198,7 +200,7 @@ TEST(CSSSheet, MediaQueries) {
     EXPECT_EQ(!sized->Disabled, c.sized) << c.width;
     EXPECT_EQ(!device->Disabled, c.device_ok) << c.width;
   }
-  EXPECT_FALSE(s.TestMediaSets(cmPrint, 150, 40));  // nothing changed
+  EXPECT_FALSE(s.TestMediaSets(cmPrint, 150, 40)); // nothing changed
   EXPECT_EQ(u8(s.AsString()).substr(0, 26), "@media print{\r\na{\r\n  color");
 }
 
@@ -228,7 +230,7 @@ TEST(CSSSheet, FontFaceAndKeyFrames) {
   EXPECT_EQ(steps, (std::vector<int>{0, 50, 100}));
   TCSSKeyFrameList* l = s.KeyFrames.Get(u"spin"_hs);
   EXPECT_EQ(l->FindSection(-1), static_cast<TCSSSection*>(l->GetObject(0)));
-  EXPECT_EQ(l->FindSection(0), l->FindSection(50));  // the search starts at the second step
+  EXPECT_EQ(l->FindSection(0), l->FindSection(50)); // the search starts at the second step
   EXPECT_EQ(l->FindSection(30), l->FindSection(50));
   EXPECT_EQ(l->FindSection(70), l->FindSection(100));
   std::vector<std::pair<uint32_t, const TCSSValue*>> list;
@@ -296,14 +298,16 @@ TEST(CSSSheet, Writers) {
     EXPECT_EQ(u8(s.AsString()), c.out);
   }
   TCSSStyleSheet m;
-  m.Parse(u"a { padding-top: 1px; padding-right: 1px; padding-bottom: 1px; padding-left: 1px; "
-          u"border-top: 1px solid; border-right: 1px solid; border-bottom: 1px solid; border-left: 2px solid }"_hs);
+  m.Parse(
+      u"a { padding-top: 1px; padding-right: 1px; padding-bottom: 1px; padding-left: 1px; "
+      u"border-top: 1px solid; border-right: 1px solid; border-bottom: 1px solid; border-left: 2px solid }"_hs);
   m.Minify();
-  EXPECT_EQ(u8(m.AsInlineString()),
-            "padding:1px;border-top:1px solid;border-right:1px solid;border-bottom:1px solid;border-left:2px solid;");
+  EXPECT_EQ(u8(m.AsInlineString()), "padding:1px;border-top:1px solid;border-right:1px "
+                                    "solid;border-bottom:1px solid;border-left:2px solid;");
   EXPECT_TRUE(m.fSections[0]->CompiledValuebyName(u"padding-left"_hs));
-  EXPECT_EQ(u8(m.Write(true)), "a{padding:1px;border-top:1px solid;border-right:1px solid;border-bottom:1px solid;"
-                               "border-left:2px solid;}");
+  EXPECT_EQ(u8(m.Write(true)),
+            "a{padding:1px;border-top:1px solid;border-right:1px solid;border-bottom:1px solid;"
+            "border-left:2px solid;}");
 }
 
 TEST(CSSSheet, HostileSheetsStayLinear) {
@@ -325,9 +329,9 @@ TEST(CSSSheet, HostileSheetsStayLinear) {
   }
   decls += u"}";
   conds += u"{color:red}";
-  for (const std::u16string& t : {nested, closed, group, calc, decls, conds, medias, std::u16string(u"a{b:'open"),
-                                  std::u16string(u"a{b:url(open"), std::u16string(u"/* open"),
-                                  std::u16string(u"@media (")}) {
+  for (const std::u16string& t :
+       {nested, closed, group, calc, decls, conds, medias, std::u16string(u"a{b:'open"),
+        std::u16string(u"a{b:url(open"), std::u16string(u"/* open"), std::u16string(u"@media (")}) {
     TCSSStyleSheet s;
     s.Parse(hstring(t.data(), t.size()));
     s.Minify();
@@ -369,7 +373,7 @@ TEST(CSSSheet, DefaultSheets) {
   for (const auto& sec : ua->fSections)
     for (const TCSSSelector* sel : sec->Selectors) {
       EXPECT_EQ(sel->Weight, 0u);
-      EXPECT_GT(sel->Order, order);  // source order
+      EXPECT_GT(sel->Order, order); // source order
       order = sel->Order;
     }
   TCSSSelectors* li = ua->Main.Tags->Get(u"li"_hs);
@@ -405,12 +409,13 @@ TEST(CSSSheet, StringsAndDarkColours) {
     const char16_t* css;
     const char* inl;
   } dark[] = {
-      {u"a { color: #000 }", "color: #F2F2F2;"},  // L 0 -> 1.1, capped at 1 and then .95
+      {u"a { color: #000 }", "color: #F2F2F2;"}, // L 0 -> 1.1, capped at 1 and then .95
       {u"a { color: white }", "color: #999999;"},
       {u"a { color: rgb(255, 0, 0) }", "color: #E05252;"},
       {u"a { background-color: #fff }", "background-color: #262626;"},
       {u"a { background-color: #ff0000 }", "background-color:transparent;"},
-      {u"a { background-color: transparent; border-color: inherit }", "background-color:transparent;border-color:inherit;"},
+      {u"a { background-color: transparent; border-color: inherit }",
+       "background-color:transparent;border-color:inherit;"},
       {u"a { background: #fafafa url(x.png) no-repeat }", "background: #262626 url('x.png') no-repeat;"},
   };
   for (auto& c : dark) {
@@ -427,7 +432,7 @@ TEST(CSSSheet, Extensions) {
   TCSSExtension::RegisterExtension({u"menu"_hs}, u".menu { color: blue }"_hs);
   std::vector<TCSSStyleSheet*> sheets;
   TCSSExtension::AddExtensions({u"tip"_hs, u"tooltip"_hs, u"other"_hs}, sheets);
-  ASSERT_EQ(sheets.size(), 1u);  // one extension, however many of its keys are present
+  ASSERT_EQ(sheets.size(), 1u); // one extension, however many of its keys are present
   EXPECT_TRUE(sheets[0]->Main.Classes->Get(u"tooltip"_hs));
   TCSSExtension::ClearExtensions();
   sheets.clear();

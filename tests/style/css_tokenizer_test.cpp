@@ -33,8 +33,9 @@ TEST(CSSTokenizer, Streams) {
     const char16_t* in;
     const char* out;
   } cases[] = {
-      {u"a { width: 12px }", "Ident(a) Space BlockStart({) Space Ident(width) Colon(:) Space Dimension(12px) Space BlockEnd(})"},
-      {u"  \t\r\n a", "Ident(a)"},  // leading blanks are skipped
+      {u"a { width: 12px }",
+       "Ident(a) Space BlockStart({) Space Ident(width) Colon(:) Space Dimension(12px) Space BlockEnd(})"},
+      {u"  \t\r\n a", "Ident(a)"}, // leading blanks are skipped
       {u"a\\41 b", "Ident(aAb)"},
       {u"a\\\"b\\\\c\\ d", "Ident(a\"b\\c d)"},
       {u"foo(1)", "Function(foo) OpenPar(() Number(1) ClosePar())"},
@@ -64,10 +65,11 @@ TEST(CSSTokenizer, Streams) {
       {u"/* open", "Comment( ope)"},
       {u"/*", "Comment()"},
       {u"10abc 10xyz", "Ident(10abc) Space Ident(10) Ident(xyz)"},
-      {u"50% 5 % 5x% 5%%", "Percentage(50%) Space Percentage(5 %) Space Percentage(5x%) Space Percentage(5%%)"},
+      {u"50% 5 % 5x% 5%%",
+       "Percentage(50%) Space Percentage(5 %) Space Percentage(5x%) Space Percentage(5%%)"},
       {u"[a=b];,", "OpenBr([) Ident(a) Delimiter(=) Ident(b) CloseBr(]) Semicolon(;) Comma(,)"},
       {u"\u4e2d\u6587 x", "Ident(\xe4\xb8\xad\xe6\x96\x87) Space Ident(x)"},
-      {u"\u00e9t\u00e9", "Delimiter(\xc3\xa9) Ident(t) Delimiter(\xc3\xa9)"},  // below U+0100: no letter
+      {u"\u00e9t\u00e9", "Delimiter(\xc3\xa9) Ident(t) Delimiter(\xc3\xa9)"}, // below U+0100: no letter
       {u"a\\\rb", "Ident(a) Delimiter(\x0e) Ident(b)"},
       {u"a\x0c", "Ident(a) Delimiter(\x0c)"},
       {u"2cmx 90dex", "Ident(2c) Ident(mx) Space Ident(90de) Ident(x)"},
@@ -121,7 +123,7 @@ TEST(CSSTokenizer, NumbersAndUnits) {
       {u"1e3", ctNumber, muNone, 1000},
       {u"1.5e-1px", ctDimension, muPX, 0.15f},
       {u"-2.25", ctNumber, muNone, -2.25f},
-      {u"1e39", ctNumber, muNone, 0},  // beyond 1E38
+      {u"1e39", ctNumber, muNone, 0}, // beyond 1E38
       {u"123456789012", ctNumber, muNone, 123456789012.0f},
   };
   for (auto& c : cases) {
@@ -143,7 +145,7 @@ TEST(CSSTokenizer, PositionsAndEndOfInput) {
   ASSERT_TRUE(tz.NextToken());
   EXPECT_EQ(tz.Token.StartPos, 2);
   EXPECT_EQ(tz.Token.EndPos, 3);
-  ASSERT_TRUE(tz.NextToken());  // "  "
+  ASSERT_TRUE(tz.NextToken()); // "  "
   EXPECT_EQ(tz.Token.StartPos, 4);
   EXPECT_EQ(tz.Token.EndPos, 5);
   ASSERT_TRUE(tz.NextToken());
@@ -174,7 +176,7 @@ TEST(CSSTokenizer, WithoutNumberParsing) {
   ASSERT_TRUE(tz.NextToken());
   EXPECT_EQ(tz.Token.CType, ctDimension);
   EXPECT_EQ(tz.Token.Name, u"12.5px");
-  EXPECT_FLOAT_EQ(tz.Token.AsFloat, 7);  // left as it was
+  EXPECT_FLOAT_EQ(tz.Token.AsFloat, 7); // left as it was
 }
 
 TEST(CSSTokenizer, HostileInputStaysLinear) {
@@ -220,11 +222,11 @@ TEST(CSSTokenSequence, ReadColor) {
   struct {
     const char16_t* in;
     bool ok;
-    uint32_t colour;  // 0x12345678: left untouched
+    uint32_t colour; // 0x12345678: left untouched
   } cases[] = {
       {u"red", true, 0xFFFF0000},
       {u"RED", true, 0xFFFF0000},
-      {u"nonsense", true, 0x12345678},  // a name always passes
+      {u"nonsense", true, 0x12345678}, // a name always passes
       {u"inherit", false, 0x12345678},
       {u"rgb(255, 0, 0)", true, 0xFFFF0000},
       {u"rgba(255,0,0,0.5)", true, 0x80FF0000},
@@ -234,7 +236,7 @@ TEST(CSSTokenSequence, ReadColor) {
       {u"rgb(1,2)", true, 0x00000102},
       {u"var(--x)", true, 0x12345678},
       {u"hsl(0, 100%, 50%)", false, 0x12345678},
-      {u"#f00", false, 0x12345678},  // hashes need the colour cached first
+      {u"#f00", false, 0x12345678}, // hashes need the colour cached first
       {u"123456", false, 0xFF123456},
       {u"12px", false, 0x12345678},
   };

@@ -225,7 +225,9 @@ TEST_F(TShop, DataPacketsAndUpdatedSections) {
 TEST_F(TShop, UpdatedSectionVariablesStayInTheirContext) {
   THtXMLNode q(u"<q><v>2</v></q>"_hs);
   THtTemplate t(u"[{{#q}}x{{/q}}]{{#q(x)}}{{/q(x)}}"_hs);
-  auto update = [&](const THtTemplate&, THtTemplateContext& C, const hstring&) { C.SetVariable(u"q"_hs, &q); };
+  auto update = [&](const THtTemplate&, THtTemplateContext& C, const hstring&) {
+    C.SetVariable(u"q"_hs, &q);
+  };
   EXPECT_EQ(t.ThreadSafeRender(&shop, nullptr, {}, update), u"[]");
   EXPECT_EQ(t.ThreadSafeRender(&shop, nullptr, {}, update), u"[]");
   t.OnUpdateSection = update;

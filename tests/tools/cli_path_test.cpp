@@ -11,13 +11,16 @@ TEST(CliPath, Modes) {
   struct {
     std::string args, out;
   } cases[] = {
-      {"normalize " + quote("m10 10 h 80 v 40 a 10 10 0 0 1 -10 10 H10 z"), "M10 10 90 10 90 50 A10 10 0 0 1 80 60 L10 60 z\n"},
+      {"normalize " + quote("m10 10 h 80 v 40 a 10 10 0 0 1 -10 10 H10 z"),
+       "M10 10 90 10 90 50 A10 10 0 0 1 80 60 L10 60 z\n"},
       {"normalize " + quote("M0 0 c1 1 2 1 3 0 s2 -1 3 0"), "M0 0C1 1,2 1,3 0 4 -1,5 -1,6 0\n"},
       {"bounds " + quote("M10 10 h 80 v 40 a 10 10 0 0 1 -10 10 H10 z"), "10 10 90 60\n"},
       {"bounds ''", "0 0 0 0\n"},
-      {"flatten " + quote("M0 0 C 0 10 10 10 10 0"), "M0 0 0.28 2.7 1.04 4.8 2.16 6.3 3.52 7.2 5 7.5 6.48 7.2 7.84 6.3 "
-                                                     "8.96 4.8 9.72 2.7 10 0\n"},
-      {"flatten --tolerance 0.1 " + quote("M0 0 C 0 10 10 10 10 0 z"), "M0 0 2.5926 6.6667 7.4074 6.6667 10 0 z\n"},
+      {"flatten " + quote("M0 0 C 0 10 10 10 10 0"),
+       "M0 0 0.28 2.7 1.04 4.8 2.16 6.3 3.52 7.2 5 7.5 6.48 7.2 7.84 6.3 "
+       "8.96 4.8 9.72 2.7 10 0\n"},
+      {"flatten --tolerance 0.1 " + quote("M0 0 C 0 10 10 10 10 0 z"),
+       "M0 0 2.5926 6.6667 7.4074 6.6667 10 0 z\n"},
   };
   for (auto& c : cases) {
     clirun::TRun r = run("path " + c.args);

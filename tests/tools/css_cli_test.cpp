@@ -15,14 +15,16 @@ TEST(CliCss, Commands) {
     const char* mode;
     const char* out;
   } cases[] = {
-      {"format",
-       "a, b>.c:Hover{\n  color: #333;\n  background: #fff url('x.png');\n  padding-top:1px;\n  padding-right:1px;\n"
-       "  padding-bottom:1px;\n  padding-left:1px;\n}\n@media print{\np:Before{\n  content:'\xE2\x96\xB8';\n}\n}\n"},
-      {"minify",
-       "a,b>.c:Hover{color: #333;background: #fff url('x.png');padding:1px;}@media print{p:Before{content:'\xE2\x96\xB8';}}\n"},
-      {"dark",
-       "a, b>.c:Hover{\n  color: #E6E6E6;\n  background: #262626 url('x.png');\n  padding-top:1px;\n  padding-right:1px;\n"
-       "  padding-bottom:1px;\n  padding-left:1px;\n}\n@media print{\np:Before{\n  content:'\xE2\x96\xB8';\n}\n}\n"},
+      {"format", "a, b>.c:Hover{\n  color: #333;\n  background: #fff url('x.png');\n  padding-top:1px;\n  "
+                 "padding-right:1px;\n"
+                 "  padding-bottom:1px;\n  padding-left:1px;\n}\n@media print{\np:Before{\n  "
+                 "content:'\xE2\x96\xB8';\n}\n}\n"},
+      {"minify", "a,b>.c:Hover{color: #333;background: #fff url('x.png');padding:1px;}@media "
+                 "print{p:Before{content:'\xE2\x96\xB8';}}\n"},
+      {"dark", "a, b>.c:Hover{\n  color: #E6E6E6;\n  background: #262626 url('x.png');\n  padding-top:1px;\n "
+               " padding-right:1px;\n"
+               "  padding-bottom:1px;\n  padding-left:1px;\n}\n@media print{\np:Before{\n  "
+               "content:'\xE2\x96\xB8';\n}\n}\n"},
       {"selectors", "a\t1\tmain\ttag a\nb>.c:Hover\t33\tmain\tclass c\np:Before\t17\tbefore\ttag p\n"},
   };
   for (auto& c : cases) {

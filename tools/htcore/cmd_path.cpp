@@ -2,15 +2,15 @@
 //
 // Reads SVG path data and writes it back with absolute coordinates, its
 // bounding box, or the polyline it flattens to.
+#include "commands.h"
+#include "htcore/foundation/fast_string.h"
+#include "htcore/graphics/path.h"
+
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <string>
-
-#include "commands.h"
-#include "htcore/foundation/fast_string.h"
-#include "htcore/graphics/path.h"
 
 namespace htcore_cli {
 

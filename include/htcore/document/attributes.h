@@ -39,12 +39,12 @@ public:
 
   bool CaseSensitive = false;
   int Count = 0;
-  std::vector<THtAttribute, TPoolAllocator<THtAttribute>> List;  // entries from Count on are spare
+  std::vector<THtAttribute, TPoolAllocator<THtAttribute>> List; // entries from Count on are spare
 
   // Binary search. Index is the position found, or where the name belongs.
   // An empty set or an empty name gives false with Index 0.
   bool Find(const hstring& AttrName, int& Index) const;
-  int Indexof(const hstring& AttrName) const;  // -1 if missing
+  int Indexof(const hstring& AttrName) const; // -1 if missing
   bool HasAttribute(const hstring& AttrName) const { return Indexof(AttrName) >= 0; }
 
   // Inserts without testing for a duplicate; returns the index used.
@@ -126,4 +126,4 @@ private:
   std::vector<TKey> FKeys;
 };
 
-}  // namespace ht
+} // namespace ht

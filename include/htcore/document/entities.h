@@ -24,8 +24,8 @@ namespace ht {
 inline constexpr int kHtEntityCount = 2125;
 
 struct THtEntityRec {
-  hstring name;   // without '&' and ';'; first field: dictionaries read the key here
-  uint32_t code;  // code point
+  hstring name;  // without '&' and ';'; first field: dictionaries read the key here
+  uint32_t code; // code point
 };
 
 // The entity table in its order (empty before start).
@@ -71,4 +71,4 @@ inline uint32_t FindEntity(std::u16string_view name) {
 }
 const THtEntityRec* FindEntity(uint32_t c);
 
-}  // namespace ht
+} // namespace ht

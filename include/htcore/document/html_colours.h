@@ -26,17 +26,17 @@ inline constexpr int kHtSysColorCount = 42;
 
 // Results of htmlHextoColor that are no plain colour.
 inline constexpr uint32_t HtInvalidColor = 1;
-inline constexpr uint32_t HtNoneColor = 0x1FFFFFFF;  // "none": alpha 0x1F marks it
+inline constexpr uint32_t HtNoneColor = 0x1FFFFFFF; // "none": alpha 0x1F marks it
 inline constexpr uint32_t HtTransparentColor = 0x00FFFFFF;
 
 struct THtColorRec {
-  hstring name;  // lower case once the library has started
-  uint32_t rgb;  // 0xRRGGBB, no alpha
+  hstring name; // lower case once the library has started
+  uint32_t rgb; // 0xRRGGBB, no alpha
 };
 
 struct THtSysColorRec {
-  hstring name;  // lower case, sorted
-  int index;     // system colour index for the theme procedure
+  hstring name; // lower case, sorted
+  int index;    // system colour index for the theme procedure
 };
 
 // The tables, in their order, with lowered names (empty before start).
@@ -60,4 +60,4 @@ hstring htmlColortoHex(uint32_t C);
 // "#RRGGBB" for an opaque colour, else "#RRGGBBAA".
 hstring htmlColortoStr(uint32_t C);
 
-}  // namespace ht
+} // namespace ht

@@ -24,15 +24,15 @@
 // FStackLevel belong to the builder.
 #pragma once
 
-#include <array>
-#include <cstdint>
-#include <memory>
-
 #include "htcore/document/attributes.h"
 #include "htcore/document/html_tokenizer.h"
 #include "htcore/foundation/enum_info.h"
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/object_list.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
 
 namespace ht {
 
@@ -50,9 +50,9 @@ public:
   hstring FAttrname, FAttrvalue;
   THTMLTokenizer Tokenizer;
   bool FXMLMode;
-  bool FEncodingProcessed = false;  // a meta charset declaration was acted upon
+  bool FEncodingProcessed = false; // a meta charset declaration was acted upon
   int FStackLevel = 0;
-  bool FCaseSensitive;  // starts as AXMLMode
+  bool FCaseSensitive; // starts as AXMLMode
   THTMLTokenType TagType = htUnknown;
   hstring Tag;
   hstring Value;
@@ -64,10 +64,10 @@ public:
   THtmlNode* Root = nullptr;
   THtmlNode* GlobalRoot = nullptr;
   THtmlEncoding Encoding = heDefault;
-  uint32_t Codepage = 0;  // goes with heANSI
-  int StartPos = 0;       // offset of the current item in the current text
-  THtStringRecDictionary TagList{255};   // interned tag names
-  THtStringRecDictionary AttrList{511};  // interned attribute names
+  uint32_t Codepage = 0;                // goes with heANSI
+  int StartPos = 0;                     // offset of the current item in the current text
+  THtStringRecDictionary TagList{255};  // interned tag names
+  THtStringRecDictionary AttrList{511}; // interned attribute names
   THtObjectList IncorrectStack{false};  // for the tree builder; does not own its nodes
   // For the tree builder: its open elements counted by a hash of their tag,
   // so that a close tag of a name that is not open needs no walk up the tree.
@@ -84,7 +84,7 @@ public:
   static int CharsettoCodepage(const hstring& ACharset);
 
 private:
-  THtAttributeBatch FTagAttributes;  // the current tag's, into Attributes at its end
+  THtAttributeBatch FTagAttributes; // the current tag's, into Attributes at its end
 
   void ReadAttribute();
   void ApplyMetaCharset();
@@ -98,4 +98,4 @@ int GetHTMLEncoding(const void* p, int Len);
 bool IsUTF8(const char16_t* p);
 bool IsUTF8Bytes(const void* p, int Len);
 
-}  // namespace ht
+} // namespace ht

@@ -14,21 +14,21 @@
 //     use(t.TokenType, t.Token, t.TokenStart, t.TokenEnd);
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <string_view>
-
 #include "htcore/document/string_parser.h"
 #include "htcore/foundation/enum_info.h"
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/object.h"
 #include "htcore/foundation/string_dictionary.h"
 
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
 namespace ht {
 
-HT_ENUM(THTMLTokenType, htUnknown, htIdent, htSpace, htString, htTagStart, htTagEnd, htTagClose, htEq, htScript,
-        htStyle, htComment, htDirective, htCData, htCustom);
+HT_ENUM(THTMLTokenType, htUnknown, htIdent, htSpace, htString, htTagStart, htTagEnd, htTagClose, htEq,
+        htScript, htStyle, htComment, htDirective, htCData, htCustom);
 
 // An interned name: the value is also the key in TagList and AttrList, so all
 // occurrences of a name in one parse share one string.
@@ -52,16 +52,16 @@ public:
   THTMLTokenizer(const hstring& s, bool ACaseSensitive);
 
   TStringParser Parser;
-  hstring CurrentTag;  // last tag opened; cleared by any '/'
+  hstring CurrentTag; // last tag opened; cleared by any '/'
   bool InTag = false;
   bool CaseSensitive = false;
   THTMLTokenType TokenType = htUnknown;
   hstring Token;
-  int TokenStart = 0;  // 0-based unit offsets into the current text
+  int TokenStart = 0; // 0-based unit offsets into the current text
   int TokenEnd = 0;
   bool Eof = false;
   bool XMLMode = false;
-  THtStringRecDictionary* TagList = nullptr;  // not owned; tag names are interned here when set
+  THtStringRecDictionary* TagList = nullptr; // not owned; tag names are interned here when set
 
   // False at the end of the text. With AllowStrings false, stray quotes
   // inside a tag are skipped (attribute names).
@@ -93,11 +93,11 @@ private:
   std::u16string_view ReadRawBlock(std::u16string_view close_tag);
   [[noreturn]] void InvalidTagName(char16_t c);
 
-  std::u16string FBuffer;  // reused for texts with entities
+  std::u16string FBuffer; // reused for texts with entities
 };
 
 // Class of a unit: 1 name, 2 space, 3 quote, 4 '<', 5 '>', 6 '/', 7 '=',
 // 0 other and everything from 256 up. Outside a tag only '<' has a class.
 int HtmlCharClass(char16_t c, bool InTag);
 
-}  // namespace ht
+} // namespace ht

@@ -170,9 +170,10 @@ public:
   // Proc gets each match; clearing its Continue argument ends the walk.
   void XPath(const hstring& APath, const THtNodeProcRef& Proc);
   template <class F>
-    requires(std::is_invocable_v<F&, THtNode*, bool&> && !std::is_same_v<std::remove_cvref_t<F>, THtNodeProcRef>)
-  void XPath(const hstring& APath, F&& Proc) {
-    XPath(APath, THtNodeProcRef(std::forward<F>(Proc)));  // a lambda would also convert to bool
+  requires(std::is_invocable_v<F&, THtNode*, bool&> &&
+           !std::is_same_v<std::remove_cvref_t<F>, THtNodeProcRef>) void XPath(const hstring& APath,
+                                                                               F&& Proc) {
+    XPath(APath, THtNodeProcRef(std::forward<F>(Proc))); // a lambda would also convert to bool
   }
   // The text of the first match, or the value of a last `@name` step.
   hstring XPathValue(const hstring& APath, THtNode* Current = nullptr);

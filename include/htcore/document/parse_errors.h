@@ -22,4 +22,4 @@ public:
   using EHtParserError::EHtParserError;
 };
 
-}  // namespace ht
+} // namespace ht

@@ -33,7 +33,7 @@ public:
   // Replaces the text and puts the cursor at its start.
   void Init(const hstring& A);
 
-  hstring s;  // held to keep the text alive
+  hstring s; // held to keep the text alive
   char16_t fNull = 0;
   const char16_t* p = &fNull;
   const char16_t* pend = &fNull;
@@ -49,13 +49,13 @@ public:
       ++p;
     return *p;
   }
-  int Pos() const { return static_cast<int>(p - Start()) + 1; }  // 1-based
-  int Line() const;                                              // LF units before the cursor
+  int Pos() const { return static_cast<int>(p - Start()) + 1; } // 1-based
+  int Line() const;                                             // LF units before the cursor
   hstring Tail() const { return hstring(p, static_cast<size_t>(pend - p)); }
   const char16_t* PTail() const { return p; }
 
   void Skip(int n);
-  void Skipto(char16_t c);  // to the next c (cursor on it), or the end
+  void Skipto(char16_t c); // to the next c (cursor on it), or the end
   void SkipBlanks() {
     while (p < pend && *p <= u' ')
       ++p;
@@ -78,17 +78,17 @@ public:
   bool ReadtoWordBreak(hstring& Res);
 
   int ReadInt();
-  int ReadInt1();  // one digit only, for compact SVG flag lists
+  int ReadInt1(); // one digit only, for compact SVG flag lists
   int64_t ReadHex();
   int64_t ReadBin();
-  double ReadNum();    // no exponent
-  double ReadNumEx();  // with exponent
+  double ReadNum();   // no exponent
+  double ReadNumEx(); // with exponent
   // JSON and script numbers: true with IntValue for an integer that fits in
   // 64 bits, false with ExtValue for fractions, exponents and long numbers.
   bool ReadIntOrFloat(int64_t& IntValue, double& ExtValue);
 
 private:
-  bool NumberPrefix(bool comma);  // true for '-'
+  bool NumberPrefix(bool comma); // true for '-'
   double ReadDecimal(bool exponent);
   [[noreturn]] static void BadNumber();
 };
@@ -102,4 +102,4 @@ inline bool IsIdeographic(char16_t c) {
   return h == 0x30 || (h >= 0x4E && h <= 0x9F) || h == 0xF9 || h == 0xFA;
 }
 
-}  // namespace ht
+} // namespace ht

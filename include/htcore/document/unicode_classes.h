@@ -73,4 +73,4 @@ using TReplaceURLProc = std::function<hstring(std::u16string_view url)>;
 // stays outside the URL. Without any URL the text is returned shared.
 hstring ReplaceTextURLs(const hstring& s, const TReplaceURLProc& Proc);
 
-}  // namespace ht
+} // namespace ht

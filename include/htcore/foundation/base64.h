@@ -16,11 +16,11 @@
 // padding is fine. A final lone character (6 bits) carries no byte and is dropped.
 #pragma once
 
+#include "htcore/foundation/hstring.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
-
-#include "htcore/foundation/hstring.h"
 
 namespace ht {
 
@@ -35,4 +35,4 @@ TBytes Base64DecodetoBytes(std::string_view S);
 // Decodes to bytes and reads them as UTF-8 (bad sequences become U+FFFD).
 hstring Base64DecodeString(std::u16string_view S);
 
-}  // namespace ht
+} // namespace ht

@@ -44,4 +44,4 @@ void MakeGaussianKernel(TKernel& K, double Radius, int MaxData, int DataGranular
 void BlurRow(const uint32_t* Src, int Width, const TKernel& K, uint32_t* Dst, int Left, int Right,
              int SkipFrom, int SkipTo);
 
-}  // namespace ht
+} // namespace ht

@@ -14,11 +14,11 @@
 // An empty file gives a stream of size 0 with nothing mapped. Write raises.
 #pragma once
 
-#include <cstdint>
-#include <string_view>
-
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/stream.h"
+
+#include <cstdint>
+#include <string_view>
 
 namespace ht {
 
@@ -77,4 +77,4 @@ private:
   hstring FFileName;
 };
 
-}  // namespace ht
+} // namespace ht

@@ -116,4 +116,4 @@ THSBColor RGBToHSB(TRGBA C) noexcept;
 TRGBA HSVToRGB(const THSBColor& C) noexcept;
 uint32_t HSBtoRGBColor(double H, double S, double B) noexcept;
 
-}  // namespace ht
+} // namespace ht

@@ -4,7 +4,7 @@
 namespace ht {
 
 bool SSE2Enabled() noexcept;
-bool SSE4Enabled() noexcept;  // SSE4.2
-bool AVX2Enabled() noexcept;  // only when the OS saves the wide registers
+bool SSE4Enabled() noexcept; // SSE4.2
+bool AVX2Enabled() noexcept; // only when the OS saves the wide registers
 
-}  // namespace ht
+} // namespace ht

@@ -10,11 +10,11 @@
 // U+0041 give one checksum; this is intended and kept for stored values.
 #pragma once
 
+#include "htcore/foundation/hstring.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
-
-#include "htcore/foundation/hstring.h"
 
 namespace ht {
 
@@ -25,4 +25,4 @@ uint32_t CalcStrCRC32(std::u16string_view S) noexcept;
 // Continues a checksum: Crc is a previous result (or 0xFFFFFFFF to start).
 uint32_t UpdateCRC32(uint32_t Crc, const void* P, size_t Len) noexcept;
 
-}  // namespace ht
+} // namespace ht

@@ -11,12 +11,12 @@
 // supported. The lookup ignores ASCII case.
 #pragma once
 
+#include "htcore/foundation/hstring.h"
+
 #include <cstdint>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
-
-#include "htcore/foundation/hstring.h"
 
 namespace ht {
 
@@ -41,12 +41,9 @@ private:
 using PTypeInfo = const TEnumTypeInfo*;
 
 // The table of an enumeration declared with HT_ENUM.
-template <class E>
-PTypeInfo TypeInfo() {
-  return HtEnumTypeInfo(static_cast<E*>(nullptr));
-}
+template <class E> PTypeInfo TypeInfo() { return HtEnumTypeInfo(static_cast<E*>(nullptr)); }
 
-}  // namespace ht
+} // namespace ht
 
 #define HT_ENUM(Type, ...)                                                                                   \
   enum Type : int { __VA_ARGS__ };                                                                           \

@@ -9,10 +9,10 @@
 // message "Assertion failure".
 #pragma once
 
+#include "htcore/foundation/hstring.h"
+
 #include <exception>
 #include <string>
-
-#include "htcore/foundation/hstring.h"
 
 namespace ht {
 
@@ -68,4 +68,4 @@ public:
       throw ::ht::EAssertionFailed();                                                                        \
   } while (0)
 
-}  // namespace ht
+} // namespace ht

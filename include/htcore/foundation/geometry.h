@@ -52,7 +52,7 @@ inline int RoundEven(double X) noexcept {
   return static_cast<int>(std::lrint(X));
 }
 
-}  // namespace detail
+} // namespace detail
 
 inline int RW(const TRect& R) noexcept { return R.Right - R.Left; }
 inline int RH(const TRect& R) noexcept { return R.Bottom - R.Top; }
@@ -169,4 +169,4 @@ inline int64_t MathRound(double X) noexcept {
   return std::llround(X);
 }
 
-}  // namespace ht
+} // namespace ht

@@ -36,14 +36,13 @@ struct StrHeader {
   int32_t length;
 };
 
-void* AllocStr(size_t unit_size, size_t length);  // header + units + NUL, refs = 1
+void* AllocStr(size_t unit_size, size_t length); // header + units + NUL, refs = 1
 void FreeStr(void* header);
 [[noreturn]] void StrTooLong();
 
-}  // namespace detail
+} // namespace detail
 
-template <class CharT>
-class basic_hstring {
+template <class CharT> class basic_hstring {
 public:
   using value_type = CharT;
   using view_type = std::basic_string_view<CharT>;
@@ -59,8 +58,8 @@ public:
   }
   // UTF-8 text into UTF-16 (hstring only; invalid bytes become U+FFFD).
   template <class T>
-    requires(std::is_same_v<CharT, char16_t> && std::is_convertible_v<const T&, std::string_view>)
-  explicit basic_hstring(const T& utf8) {
+  requires(std::is_same_v<CharT, char16_t>&&
+               std::is_convertible_v<const T&, std::string_view>) explicit basic_hstring(const T& utf8) {
     *this = FromUtf8(std::string_view(utf8));
   }
   basic_hstring(const basic_hstring& o) noexcept : data_(o.data_) {
@@ -167,7 +166,7 @@ public:
     if (n == 0)
       return *this;
     size_t old = size();
-    if (data_ == s) {  // appending to itself: keep the source alive
+    if (data_ == s) { // appending to itself: keep the source alive
       basic_hstring keep(*this);
       CharT* p = SetLength(old + n);
       std::memcpy(p + old, keep.data_, n * sizeof(CharT));
@@ -202,10 +201,18 @@ public:
       return b;
     return Concat(a.view(), b.view());
   }
-  friend basic_hstring operator+(const basic_hstring& a, const CharT* b) { return Concat(a.view(), view_type(b)); }
-  friend basic_hstring operator+(const CharT* a, const basic_hstring& b) { return Concat(view_type(a), b.view()); }
-  friend basic_hstring operator+(const basic_hstring& a, CharT c) { return Concat(a.view(), view_type(&c, 1)); }
-  friend basic_hstring operator+(CharT c, const basic_hstring& b) { return Concat(view_type(&c, 1), b.view()); }
+  friend basic_hstring operator+(const basic_hstring& a, const CharT* b) {
+    return Concat(a.view(), view_type(b));
+  }
+  friend basic_hstring operator+(const CharT* a, const basic_hstring& b) {
+    return Concat(view_type(a), b.view());
+  }
+  friend basic_hstring operator+(const basic_hstring& a, CharT c) {
+    return Concat(a.view(), view_type(&c, 1));
+  }
+  friend basic_hstring operator+(CharT c, const basic_hstring& b) {
+    return Concat(view_type(&c, 1), b.view());
+  }
 
   static basic_hstring FromUtf8(std::string_view utf8);
   std::string toUtf8() const;
@@ -271,16 +278,14 @@ using UTF8String = RawByteString;
 hstring Utf8ToHString(std::string_view utf8);
 std::string HStringToUtf8(std::u16string_view text);
 
-template <class CharT>
-basic_hstring<CharT> basic_hstring<CharT>::FromUtf8(std::string_view utf8) {
+template <class CharT> basic_hstring<CharT> basic_hstring<CharT>::FromUtf8(std::string_view utf8) {
   if constexpr (std::is_same_v<CharT, char16_t>)
     return Utf8ToHString(utf8);
   else
     return basic_hstring(utf8.data(), utf8.size());
 }
 
-template <class CharT>
-std::string basic_hstring<CharT>::toUtf8() const {
+template <class CharT> std::string basic_hstring<CharT>::toUtf8() const {
   if constexpr (std::is_same_v<CharT, char16_t>)
     return HStringToUtf8(view());
   else
@@ -292,10 +297,9 @@ inline hstring operator""_hs(const char16_t* s, size_t n) { return hstring(s, n)
 inline hstring FromUtf8(std::string_view utf8) { return Utf8ToHString(utf8); }
 inline std::string ToUtf8(const hstring& s) { return HStringToUtf8(s.view()); }
 
-}  // namespace ht
+} // namespace ht
 
-template <class CharT>
-struct std::hash<ht::basic_hstring<CharT>> {
+template <class CharT> struct std::hash<ht::basic_hstring<CharT>> {
   size_t operator()(const ht::basic_hstring<CharT>& s) const noexcept {
     return std::hash<std::basic_string_view<CharT>>()(s.view());
   }

@@ -9,11 +9,11 @@
 //   ht::TMD5Digest d2 = md5.Final();
 #pragma once
 
+#include "htcore/foundation/hstring.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
-
-#include "htcore/foundation/hstring.h"
 
 namespace ht {
 
@@ -40,4 +40,4 @@ TMD5Digest MD5Hash(const void* P, size_t Len) noexcept;
 // Lower-case hex, 32 characters.
 hstring MD5DigestToHex(const TMD5Digest& Digest);
 
-}  // namespace ht
+} // namespace ht

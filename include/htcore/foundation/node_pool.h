@@ -61,9 +61,9 @@ template <class T> struct TPoolAllocator {
 // bypass the pool.
 #define HT_POOLED_CLASS                                                                                      \
   static void* operator new(std::size_t n) { return ::ht::detail::PoolAlloc(n); }                            \
-  static void operator delete(void* p, std::size_t n) noexcept { ::ht::detail::PoolFree(p, n); }            \
+  static void operator delete(void* p, std::size_t n) noexcept { ::ht::detail::PoolFree(p, n); }             \
   static void* operator new(std::size_t n, std::align_val_t a) { return ::operator new(n, a); }              \
-  static void operator delete(void* p, std::size_t n, std::align_val_t a) noexcept {                        \
+  static void operator delete(void* p, std::size_t n, std::align_val_t a) noexcept {                         \
     ::operator delete(p, n, a);                                                                              \
   }
 

@@ -49,4 +49,4 @@ hstring HtFormatFloat(std::u16string_view Format, double Value);
 // and trailing zeros removed. NaN and infinities give "NAN", "INF", "-INF".
 hstring HtFormatDecimal(double Value, int Digits);
 
-}  // namespace ht
+} // namespace ht

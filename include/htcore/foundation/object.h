@@ -16,4 +16,4 @@ public:
   virtual ~TObject() = default;
 };
 
-}  // namespace ht
+} // namespace ht

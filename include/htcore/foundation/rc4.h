@@ -7,10 +7,10 @@
 //   ht::RC4Crypt(key, bytes);               // in place
 #pragma once
 
+#include "htcore/foundation/hstring.h"
+
 #include <cstddef>
 #include <cstdint>
-
-#include "htcore/foundation/hstring.h"
 
 namespace ht {
 
@@ -28,4 +28,4 @@ void RC4Init(TRC4Key& Key, const void* KeyBytes, size_t Len);
 void RC4CryptData(TRC4Key& Key, void* P, size_t Len) noexcept;
 void RC4Crypt(TRC4Key& Key, TBytes& Bytes) noexcept;
 
-}  // namespace ht
+} // namespace ht

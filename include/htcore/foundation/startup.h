@@ -28,4 +28,4 @@ inline void EnsureStarted() {
     Initialize();
 }
 
-}  // namespace ht
+} // namespace ht

@@ -10,9 +10,9 @@
 // ReadBuffer and WriteBuffer raise EReadError / EWriteError when a count falls short.
 #pragma once
 
-#include <cstdint>
-
 #include "htcore/foundation/exception.h"
+
+#include <cstdint>
 
 namespace ht {
 
@@ -75,4 +75,4 @@ public:
   }
 };
 
-}  // namespace ht
+} // namespace ht

@@ -16,13 +16,13 @@
 // UTF-8 (std::string_view).
 #pragma once
 
+#include "htcore/foundation/hstring.h"
+#include "htcore/foundation/stream.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-
-#include "htcore/foundation/hstring.h"
-#include "htcore/foundation/stream.h"
 
 namespace ht {
 
@@ -163,4 +163,4 @@ private:
   hstring FFileName;
 };
 
-}  // namespace ht
+} // namespace ht

@@ -22,13 +22,13 @@
 // Byte strings come as TBytes or RawByteString; output replaces Dest.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-
 #include "htcore/foundation/exception.h"
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/stream.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
 
 namespace ht {
 
@@ -135,4 +135,4 @@ private:
   std::unique_ptr<State> F;
 };
 
-}  // namespace ht
+} // namespace ht

@@ -18,17 +18,17 @@
 //   c.EndScene();
 #pragma once
 
-#include <cmath>
-#include <memory>
-#include <mutex>
-#include <span>
-#include <vector>
-
 #include "htcore/foundation/stream.h"
 #include "htcore/foundation/string_list.h"
 #include "htcore/graphics/canvas_types.h"
 #include "htcore/graphics/path.h"
 #include "htcore/style/measure.h"
+
+#include <cmath>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <vector>
 
 namespace ht {
 
@@ -60,8 +60,8 @@ struct THtBitmapClass {
 struct THtBackgroundFill {
   TBackgroundRepeat Repeat = brRepeat;
   TBackgroundSize SizeKind = bsAuto;
-  TMeasure Width, Height;         // bsSize: the size when set (mfNotAuto)
-  TMeasure PositionX, PositionY;  // mfLeft/mfCenter/mfRight, mfTop/mfBottom or a length
+  TMeasure Width, Height;        // bsSize: the size when set (mfNotAuto)
+  TMeasure PositionX, PositionY; // mfLeft/mfCenter/mfRight, mfTop/mfBottom or a length
 };
 
 // The last shadow painted as a nine-patch, kept by the canvas.
@@ -95,7 +95,9 @@ public:
   // A new canvas of the same class, for drawing into a bitmap (shadows); none by default.
   virtual THtCanvas* NewCanvas() const { return nullptr; }
   virtual THtFontCollection* SharedFontCollection() const { return nullptr; }
-  virtual THtCanvasFlags GetFlags() const { return {hcfNeedBuffer, hcfCacheTextWidth, hcfScaleCanvasDrawing}; }
+  virtual THtCanvasFlags GetFlags() const {
+    return {hcfNeedBuffer, hcfCacheTextWidth, hcfScaleCanvasDrawing};
+  }
   virtual void GetFonts(TStringList& List) { (void)List; }
   virtual bool HasFont(const hstring& FontName);
   virtual float MeasureString(const hstring& s, THtFont& Font, const THtTextStyle& TextStyle, float Scale,
@@ -118,7 +120,10 @@ public:
   virtual void SetCompositingMode(bool ModeOver) { (void)ModeOver; }
   virtual void DrawPath(THtPen& Pen, THtPath& Path) = 0;
   virtual void FillPath(THtBrush& Brush, THtPath& Path) = 0;
-  virtual bool PointInPath(float X, float Y, THtPath& Path) { (void)X, (void)Y, (void)Path; return false; }
+  virtual bool PointInPath(float X, float Y, THtPath& Path) {
+    (void)X, (void)Y, (void)Path;
+    return false;
+  }
   virtual bool PointOnPath(float X, float Y, THtPath& Path, float w) {
     (void)X, (void)Y, (void)Path, (void)w;
     return false;
@@ -151,7 +156,9 @@ public:
   virtual void DrawTextObject(THtTextObject& TextObject, const TRectF& R, THtFont& Font) {
     (void)TextObject, (void)R, (void)Font;
   }
-  virtual void DrawLink(const TRectF& R, const hstring& Href, bool IsAnchor) { (void)R, (void)Href, (void)IsAnchor; }
+  virtual void DrawLink(const TRectF& R, const hstring& Href, bool IsAnchor) {
+    (void)R, (void)Href, (void)IsAnchor;
+  }
   virtual void BeginLink(const hstring& Href, const hstring& Title) { (void)Href, (void)Title; }
   virtual void EndLink() {}
   virtual void ScaleTransform(float XScale, float YScale);
@@ -177,14 +184,20 @@ public:
   virtual void BeginPaging(float APageWidthMM, float APageHeightMM, int ADPI, TCSSOrientation AOrientation);
   virtual void EndPaging() {}
   virtual void NewPage(TCSSOrientation Orientation);
-  virtual bool Print(const hstring& Title) { (void)Title; return false; }
+  virtual bool Print(const hstring& Title) {
+    (void)Title;
+    return false;
+  }
   // Creates the file (exclusive) and writes the document through SavetoPDFStream.
   virtual void SavetoPDF(const hstring& FileName);
   virtual void SavetoPDFStream(TStream& Stream) { (void)Stream; }
   virtual float CurrentScale() const { return std::fabs(FCurrentMatrix.m11) + std::fabs(FCurrentMatrix.m12); }
   virtual THtMatrixData* CurrentMatrix() { return &FCurrentMatrix; }
   virtual void Clear(uint32_t AColor);
-  virtual bool FastScale(const THtCanvasScene& AScene, const TRect& NewRect) { (void)AScene, (void)NewRect; return false; }
+  virtual bool FastScale(const THtCanvasScene& AScene, const TRect& NewRect) {
+    (void)AScene, (void)NewRect;
+    return false;
+  }
 
   int Scale(float X) const { return static_cast<int>(MathRound(X * Scene.Scale)); }
   void FillRectangle(THtBrush& Brush, const TRectF& R) { FillRectangle(Brush, R.Left, R.Top, RW(R), RH(R)); }
@@ -206,7 +219,7 @@ public:
 
   int FMultipageOrientation = coDefault;
   int FVPages = 1, FHPages = 1;
-  THtFontCollection* FFontCollection = nullptr;  // not owned
+  THtFontCollection* FFontCollection = nullptr; // not owned
   float FScreenScale = 1;
   float FPageHeightPixels = 0, FPageWidthPixels = 0, FPageWidthMM = 0, FPageHeightMM = 0;
   int FDPI = 96;
@@ -251,4 +264,4 @@ extern THtTextStyle HtDefaultTextStyle;
 // itself never takes it.
 std::recursive_mutex& HtCanvasLock();
 
-}  // namespace ht
+} // namespace ht

@@ -14,19 +14,19 @@
 // contract names them; their own behaviour lives with text and image code.
 #pragma once
 
-#include <cstdint>
-#include <initializer_list>
-#include <memory>
-#include <span>
-#include <string>
-#include <vector>
-
 #include "htcore/foundation/exception.h"
 #include "htcore/foundation/geometry.h"
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/object.h"
 #include "htcore/graphics/matrix.h"
 #include "htcore/style/css_properties.h"
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
 
 namespace ht {
 
@@ -117,7 +117,7 @@ public:
   TRectF GradientRect{0, 0, 0, 0}, FillRect{0, 0, 0, 0};
   std::vector<uint32_t> GradientColors;
   std::vector<float> GradientPositions;
-  THtImage* Image = nullptr;  // not owned
+  THtImage* Image = nullptr; // not owned
 
   virtual uint32_t GetColor() const { return FColor; }
   virtual void SetColor(uint32_t Value) { FColor = Value; }
@@ -128,8 +128,8 @@ public:
   // the brush through SetGradientColors; a subclass may use them.
   virtual void CreateGradient(const TRectF& R, uint32_t StartColor, uint32_t EndColor, float AAngle,
                               const TRectF& AFillRect);
-  virtual void CreateRadialGradient(float AOffsetX, float AOffsetY, float ACx, float ACy, float AFX, float AFY,
-                                    float ARadius, const THtMatrixData& AMatrix);
+  virtual void CreateRadialGradient(float AOffsetX, float AOffsetY, float ACx, float ACy, float AFX,
+                                    float AFY, float ARadius, const THtMatrixData& AMatrix);
   // Stops not starting at 0 or ending at 1 get the end colour repeated there.
   virtual void SetGradientColors(std::span<const float> Positions, std::span<const uint32_t> Colors);
   virtual THtBrush* Clone() const;
@@ -155,7 +155,7 @@ public:
   THtPenStyle FPenStyle = hpsSolid;
   float FDashOffset = 0;
   THtLineDrawMode FMode = ldmCopy;
-  std::vector<float> Dashes;  // multiples of the width
+  std::vector<float> Dashes; // multiples of the width
 
   virtual uint32_t GetColor() const { return FColor; }
   virtual float GetWidth() const { return FWidth; }
@@ -191,7 +191,10 @@ public:
   bool Disabled = false;
 
   virtual const char* ClassName() const { return "THtPage"; }
-  virtual THtImage* AsImage(int AWidth, int ADPI) { (void)AWidth, (void)ADPI; return nullptr; }
+  virtual THtImage* AsImage(int AWidth, int ADPI) {
+    (void)AWidth, (void)ADPI;
+    return nullptr;
+  }
   // Raise "Metafile is not implemented for class " and the class name here.
   virtual std::vector<uint8_t> AsMetaFileBytes();
   virtual TObject* AsMetaFile();
@@ -219,7 +222,7 @@ struct THtCanvasScene {
   uintptr_t Window = 0;
   TRect ViewPort{0, 0, 0, 0};
   TRect ClipRect{0, 0, 0, 0};
-  std::vector<TRect> UpdateRects;  // empty: the whole view
+  std::vector<TRect> UpdateRects; // empty: the whole view
   float OffsetX = 0, OffsetY = 0, Scale = 1, ScrollX = 0, ScrollY = 0;
   THtBitmap* Bitmap = nullptr;
   bool EditorMode = false;
@@ -246,4 +249,4 @@ struct THtShadowProps {
 THtShadowProps CreateShadowProps(const TRectF& R, float MaxBorderRadius, bool OneBorderRadius, float HOffset,
                                  float VOffset, float Blur, uint32_t Color, uint8_t Opacity, bool Inset);
 
-}  // namespace ht
+} // namespace ht

@@ -12,6 +12,8 @@ namespace ht {
 HT_ENUM(THtFontStyle, hfsBold, hfsItalic, hfsUnderline, hfsStrikeOut, hfsLight, hfsUltraLight, hfsBlack,
         hfsSemibold);
 using THtFontStyles = uint8_t;
-constexpr THtFontStyles HtFontStyleBit(THtFontStyle s) noexcept { return static_cast<THtFontStyles>(1u << s); }
+constexpr THtFontStyles HtFontStyleBit(THtFontStyle s) noexcept {
+  return static_cast<THtFontStyles>(1u << s);
+}
 
 } // namespace ht

@@ -15,12 +15,12 @@
 // Multiply(M) makes the matrix that applies M first and the old self after it.
 #pragma once
 
-#include <cstdint>
-
 #include "htcore/foundation/geometry.h"
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/object.h"
 #include "htcore/foundation/object_list.h"
+
+#include <cstdint>
 
 namespace ht {
 
@@ -137,4 +137,4 @@ public:
   void RestoreState();
 };
 
-}  // namespace ht
+} // namespace ht

@@ -17,14 +17,14 @@
 // direction from the centre to the point), as canvases expect.
 #pragma once
 
-#include <cstdint>
-#include <span>
-#include <vector>
-
 #include "htcore/foundation/geometry.h"
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/object.h"
 #include "htcore/graphics/matrix.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
 
 namespace ht {
 
@@ -78,7 +78,8 @@ public:
   virtual void StartFigure() {}
   virtual void CloseFigure() {}
   virtual void AddLine(float x1, float y1, float x2, float y2);
-  virtual void AddArc(float X, float Y, float w, float h, float StartAngle, float SweepAngle, float Width) = 0;
+  virtual void AddArc(float X, float Y, float w, float h, float StartAngle, float SweepAngle,
+                      float Width) = 0;
   virtual void AddRectangle(float X, float Y, float w, float h);
   virtual void AddRoundRect(float X, float Y, float w, float h, float RadiusX, float RadiusY);
   // Groups of control 1, control 2, end from the current point.
@@ -189,4 +190,4 @@ struct THtArcParams {
 };
 THtArcParams ArcParams(const THtPathRec& Rec);
 
-}  // namespace ht
+} // namespace ht

@@ -49,4 +49,4 @@ public:
   THtSVGWriter& Z() { return Com(u'z'); }
 };
 
-}  // namespace ht
+} // namespace ht

@@ -28,9 +28,10 @@
 
 namespace ht {
 
-HT_ENUM(TCSSPseudoClass, pcNone, pcLink, pcHover, pcActive, pcVisited, pcFocus, pcBefore, pcAfter, pcFirstLetter,
-        pcFirstChild, pcLastChild, pcOnlyChild, pcNthChild, pcNthOfType, pcFirstOfType, pcLastOfType, pcChecked,
-        pcEmpty, pcTarget, pcValid, pcInvalid, pcSelection, pcOnlyOfType, pcMarker, pcFocusWithin, pcUnknown);
+HT_ENUM(TCSSPseudoClass, pcNone, pcLink, pcHover, pcActive, pcVisited, pcFocus, pcBefore, pcAfter,
+        pcFirstLetter, pcFirstChild, pcLastChild, pcOnlyChild, pcNthChild, pcNthOfType, pcFirstOfType,
+        pcLastOfType, pcChecked, pcEmpty, pcTarget, pcValid, pcInvalid, pcSelection, pcOnlyOfType, pcMarker,
+        pcFocusWithin, pcUnknown);
 // A set of pseudo-classes: bit n is the member of ordinal n.
 using TCSSPseudoClasses = uint32_t;
 constexpr TCSSPseudoClasses PCBit(TCSSPseudoClass pc) noexcept { return 1u << pc; }
@@ -47,8 +48,8 @@ struct TCSSCondition {
 };
 
 struct TCSSClassRec {
-  hstring s;         // lower case
-  int32_t hash = 0;  // RSHash of s
+  hstring s;        // lower case
+  int32_t hash = 0; // RSHash of s
 };
 using TClassesArray = std::vector<TCSSClassRec>;
 
@@ -62,8 +63,8 @@ class TCSSElement : public THtmlNode {
 
 public:
   TClassesArray FClassHashes;
-  TCSSPseudoClasses CurrentPC = 0;  // set by the host (hover, focus, first-child ...)
-  bool MultiClass = false;          // the class attribute holds more than one word
+  TCSSPseudoClasses CurrentPC = 0; // set by the host (hover, focus, first-child ...)
+  bool MultiClass = false;         // the class attribute holds more than one word
 
   void ParseAttributes(THtmlParser& HP) override;
   bool SetAttribute(const hstring& Name, const hstring& Value) override;
@@ -87,20 +88,20 @@ public:
   explicit TCSSSelector(TCSSSelector* AParent = nullptr) : Parent(AParent) {}
   TCSSSelector(const TCSSSelector&) = delete;
   TCSSSelector& operator=(const TCSSSelector&) = delete;
-  ~TCSSSelector() override;  // frees the Parent chain and the :not( operands
+  ~TCSSSelector() override; // frees the Parent chain and the :not( operands
 
   TCSSPseudoClass FirstPseudo = pcNone;
   int32_t PseudoCount = 0;
   TSelectorPosition Position = spDescendant;
-  hstring Tag;        // lower case, or "*"
-  hstring ID;         // case kept
-  hstring Condition;  // raw attribute conditions joined by U+0001
+  hstring Tag;       // lower case, or "*"
+  hstring ID;        // case kept
+  hstring Condition; // raw attribute conditions joined by U+0001
   std::vector<TCSSCondition> Conditions;
   bool Universal = false;
   TClassesArray Classes;
   TCSSPseudoClasses PseudoClasses = 0;
-  int32_t NthValue = 0;  // -1 odd, -2 even, else the position
-  TCSSSelector* Parent = nullptr;  // owned
+  int32_t NthValue = 0;           // -1 odd, -2 even, else the position
+  TCSSSelector* Parent = nullptr; // owned
   std::vector<std::unique_ptr<TCSSSelector>> NotSelectors;
   TCSSSection* Section = nullptr;
   uint32_t Weight = 0;
@@ -109,7 +110,9 @@ public:
   int32_t EndPos = 0;
   TCSSTestProc Test = &TCSSSelector::TestAll;
 
-  bool RunTest(const TCSSElement* Node, TCSSPseudoClasses Active) const { return (this->*Test)(Node, Active); }
+  bool RunTest(const TCSSElement* Node, TCSSPseudoClasses Active) const {
+    return (this->*Test)(Node, Active);
+  }
 
   void AddClass(const hstring& Name);
   // Arg: the first token inside the brackets, or null.

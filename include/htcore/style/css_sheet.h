@@ -57,15 +57,15 @@ HT_ENUM(TCSSApplyKind, cakNone, cakGeneral, cakBackground, cakDisplay, cakFontWe
 
 // One declaration.
 struct TCSSValue {
-  hstring Name;  // lower case
-  const TCSSPropRec* Prop = nullptr;  // the row "unknown" when the name is not in the table
+  hstring Name;                      // lower case
+  const TCSSPropRec* Prop = nullptr; // the row "unknown" when the name is not in the table
   TCSSToken NameToken;
-  TCSSTokens Tokens;  // no spaces, comments or !important
+  TCSSTokens Tokens; // no spaces, comments or !important
   bool Important = false;
-  bool Vendor = false;     // the name begins with '-'
-  bool IsInherit = false;  // the first token is "inherit"
+  bool Vendor = false;    // the name begins with '-'
+  bool IsInherit = false; // the first token is "inherit"
   TCSSApplyKind Apply = cakNone;
-  TMeasure2 Measure;  // cptLength: the decoded first and second measure
+  TMeasure2 Measure; // cptLength: the decoded first and second measure
   TCSSSection* Section = nullptr;
 
   // XOR of the CRC-32 of each token's text.
@@ -79,11 +79,11 @@ HT_ENUM(TCSSMedia, cmAll, cmAural, cmBraille, cmHandheld, cmPrint, cmProjection,
 
 class TCSSMediaSet : public TObject {
 public:
-  uint16_t Media = 0;  // bit n: TCSSMedia n
-  int64_t MinWidth = 0, MaxWidth = 0, MinDeviceWidth = 0, MaxDeviceWidth = 0;  // 0: not given
+  uint16_t Media = 0;                                                         // bit n: TCSSMedia n
+  int64_t MinWidth = 0, MaxWidth = 0, MinDeviceWidth = 0, MaxDeviceWidth = 0; // 0: not given
   bool HasSizeQuery = false;
   bool Disabled = false;
-  TCSSTokens Tokens;  // the query as read, without '{' and ';'
+  TCSSTokens Tokens; // the query as read, without '{' and ';'
 
   bool Has(TCSSMedia M) const { return Media & (1u << M); }
   hstring AsString() const;
@@ -96,15 +96,15 @@ class TCSSSection : public TObject {
 public:
   TCSSSection() : Selectors(true) {}
 
-  std::vector<std::unique_ptr<TCSSCalcValueObject>> FCalcValues;  // keeps calc() token arrays alive
-  TCSSSelectors Selectors;  // owning
+  std::vector<std::unique_ptr<TCSSCalcValueObject>> FCalcValues; // keeps calc() token arrays alive
+  TCSSSelectors Selectors;                                       // owning
   TCSSValues Values;
   TCSSValues CompiledValues;
   int32_t BlockStartPos = 0;
   int32_t BlockEndPos = 0;
   bool Custom = false;
   bool FontFace = false;
-  TCSSMediaSet* MediaSet = nullptr;  // the sheet's, or the permanent empty set
+  TCSSMediaSet* MediaSet = nullptr; // the sheet's, or the permanent empty set
   hstring URL;
 
   void AddSelector(TCSSSelector* S);
@@ -128,12 +128,12 @@ class TCSSCustomFont : public TObject {
 public:
   TCSSCustomFont(const hstring& AFamily, const hstring& AURL, const hstring& AStyle, const hstring& AWeight,
                  const hstring& ALocal);
-  hstring Family;  // lower case
+  hstring Family; // lower case
   hstring URL;
   hstring Spare;
   hstring Style;
   hstring Weight;
-  hstring Local;  // names of local() sources joined by ';'
+  hstring Local; // names of local() sources joined by ';'
   THtFontStyles FontStyles = 0;
   TCSSFontStyle CSSFontStyle = cfsNormal;
   TCSSFontWeight CSSFontWeight = fwNormal;
@@ -169,7 +169,7 @@ public:
 };
 
 struct TCSSVariable {
-  hstring Name;  // without the leading "--"
+  hstring Name; // without the leading "--"
   TCSSTokens Tokens;
 };
 
@@ -189,14 +189,14 @@ public:
   std::unique_ptr<TCSSStyleMaps> Before, After, Marker;
   TCSSKeyFrameMap KeyFrames;
   std::vector<hstring> FImports;
-  std::map<hstring, std::unique_ptr<TCSSCustomFontFamily>> CustomFonts;  // lower-case family
+  std::map<hstring, std::unique_ptr<TCSSCustomFontFamily>> CustomFonts; // lower-case family
   bool HasMediaQueries = false;
   bool HasMediaSizeQueries = false;
   bool HasSizeQuery = false;
   int RefCounter = 0;
   int SelectorCounter = 10000;
   hstring URL;
-  std::vector<TCSSMediaSet*> MediaSets;  // not owned
+  std::vector<TCSSMediaSet*> MediaSets; // not owned
   std::unordered_map<hstring, TCSSVariable> Variables;
 
   // Weight -1: each selector's specificity; any other value: that weight for all.
@@ -222,7 +222,8 @@ public:
   // Sets each media set's Disabled; true when a flag changed.
   bool TestMediaSets(TCSSMedia Media, int64_t Width, int64_t DeviceWidth);
   // Adds the compiled values of a key frame's section to List (weight 0xFF000000, order 0).
-  void GetAnimationSelectors(const hstring& Name, int Step, std::vector<std::pair<uint32_t, const TCSSValue*>>& List) const;
+  void GetAnimationSelectors(const hstring& Name, int Step,
+                             std::vector<std::pair<uint32_t, const TCSSValue*>>& List) const;
   void GetAnimationSteps(const hstring& Name, std::vector<int>& Steps) const;
   void ConvertLighttoDark();
   static hstring LighttoDark(const hstring& Text);
@@ -261,11 +262,11 @@ public:
   static bool PrepareValue(TCSSValue& Value, TCSSSection* Section);
 
   TCSSTokenizer Tokenizer;
-  std::unique_ptr<TCSSSection> Section;  // the rule just read; the caller takes it
-  TCSSMediaSet* MediaSet = nullptr;      // the current @media set
+  std::unique_ptr<TCSSSection> Section; // the rule just read; the caller takes it
+  TCSSMediaSet* MediaSet = nullptr;     // the current @media set
   hstring KeyFrameName;
   std::vector<hstring> Imports;
-  std::vector<hstring> MediaNames;  // first entry "default"
+  std::vector<hstring> MediaNames; // first entry "default"
   std::vector<std::unique_ptr<TCSSMediaSet>> MediaSets;
 
 private:
@@ -277,7 +278,7 @@ private:
   void read_values();
   void drop_overridden();
   TCSSTokens FList;
-  std::unordered_map<hstring, size_t> FValueIndex;  // name to its value in the section being read
+  std::unordered_map<hstring, size_t> FValueIndex; // name to its value in the section being read
   bool FDropped = false;
   std::unordered_set<hstring> FMediaNameSet;
 };

@@ -96,7 +96,8 @@ public:
   void GetAllClasses(TStringList& List) const;
   void GetAllIds(TStringList& List) const;
   template <class F> void ForEachList(F&& f) const {
-    for (const TCSSStyleMap* m : {IDs.get(), Tags.get(), Classes.get(), Conditions.get(), PseudoClasses.get()})
+    for (const TCSSStyleMap* m :
+         {IDs.get(), Tags.get(), Classes.get(), Conditions.get(), PseudoClasses.get()})
       if (m)
         m->ForEachList(f);
   }

@@ -38,9 +38,9 @@ HT_ENUM(TCSSTokenType, ctUnknown, ctIdent, ctAtKeyword, ctString, ctBlockStart, 
 struct TCSSToken {
   TCSSTokenType CType = ctUnknown;
   hstring Name;
-  int32_t StartPos = 0;  // 1-based index of the first unit
-  int32_t EndPos = 0;    // 1-based index of the last unit
-  int32_t Flags = 0;     // 1: Color is a system colour, to be looked up again on each use
+  int32_t StartPos = 0; // 1-based index of the first unit
+  int32_t EndPos = 0;   // 1-based index of the last unit
+  int32_t Flags = 0;    // 1: Color is a system colour, to be looked up again on each use
   // A number's value and a resolved colour share one slot; 0 means "no colour
   // cached yet". After a value is prepared the first token's slot holds the
   // decoded payload (colour, enumeration ordinal, number; 888 inherit, 999 bad).
@@ -48,7 +48,7 @@ struct TCSSToken {
     float AsFloat = 0;
     uint32_t Color;
   };
-  TMeasureUnit MUnit = muNone;  // of ctDimension and ctPercentage only
+  TMeasureUnit MUnit = muNone; // of ctDimension and ctPercentage only
 };
 
 using PCSSToken = TCSSToken*;
@@ -103,9 +103,9 @@ private:
 struct TCSSTokenSequence {
   int32_t Index = 0;
   PCSSTokens FPTokens = nullptr;
-  std::shared_ptr<TCSSTokens> FOwnTokens;  // keeps a stored array alive
+  std::shared_ptr<TCSSTokens> FOwnTokens; // keeps a stored array alive
   int32_t Count = 0;
-  PCSSToken T = nullptr;  // the current token, null past the end
+  PCSSToken T = nullptr; // the current token, null past the end
   bool Eof = true;
 
   // Over an array the caller keeps alive.
