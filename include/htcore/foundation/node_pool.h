@@ -63,8 +63,7 @@ template <class T> struct TPoolAllocator {
   static void* operator new(std::size_t n) { return ::ht::detail::PoolAlloc(n); }                            \
   static void operator delete(void* p, std::size_t n) noexcept { ::ht::detail::PoolFree(p, n); }             \
   static void* operator new(std::size_t n, std::align_val_t a) { return ::operator new(n, a); }              \
-  static void operator delete(void* p, std::size_t n, std::align_val_t a) noexcept {                         \
-    ::operator delete(p, n, a);                                                                              \
-  }
+  /* the sized aligned global form needs -fsized-deallocation on some compilers */                          \
+  static void operator delete(void* p, std::size_t, std::align_val_t a) noexcept { ::operator delete(p, a); }
 
 } // namespace ht
