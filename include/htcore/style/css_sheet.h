@@ -38,6 +38,7 @@ namespace ht {
 
 class TStringList;
 class TCSSSection;
+class TCSSWeightList;
 
 // Guards of the sheet parser; CSS text cannot raise them.
 class ECSSParserError : public Exception {
@@ -233,6 +234,18 @@ public:
 
   // The map group of a pseudo-element pass.
   TCSSStyleMaps* Maps(TCSSPseudoClass Pseudo) const;
+
+  // The cascade (css_cascade.h). Adds the compiled values of every rule of
+  // Maps (Main, or the group of a pseudo-element; null adds nothing) that
+  // matches Node with Required among its pseudo-classes.
+  void GetElementSelectors(const TCSSElement* Node, TCSSWeightList& List, const TCSSStyleMaps* Maps,
+                           TCSSPseudoClasses Required) const;
+  // Adds to Set those of pcBefore, pcAfter, pcMarker with a candidate rule for
+  // Node; coarse: ancestors and siblings are not looked at.
+  void GetElementPseudoClasses(const TCSSElement* Node, TCSSPseudoClasses& Set) const;
+  // Adds the values of the first universal rule without a test: the way of an
+  // element's own sheet.
+  void GetAllSelectors(TCSSWeightList& List) const;
 
   // Key-frame sections in source order with their animation names (owned by fSections).
   std::vector<std::pair<hstring, TCSSSection*>> FKeyFrameSections;

@@ -1,0 +1,132 @@
+#include "htcore/style/css_cascade.h"
+
+#include "htcore/style/css_sheet.h"
+
+#include <algorithm>
+
+namespace ht {
+
+void TCSSWeightList::AddValue(uint32_t Weight, int32_t Order, const TCSSValue* Value) {
+  if (FList.empty() || Weight > FList.back().Weight) {
+    FList.push_back({Weight, Order, Value});
+    return;
+  }
+  auto lo = std::lower_bound(FList.begin(), FList.end(), Weight,
+                             [](const TCSSWeightItem& a, uint32_t w) { return a.Weight < w; });
+  auto at = lo;
+  // The whole run of this weight is searched for the value: candidate lists
+  // come in no particular order, and a value twice would only cost time.
+  for (auto it = lo; it != FList.end() && it->Weight == Weight; ++it) {
+    if (it->Value == Value)
+      return;
+    if (it->Order <= Order)
+      at = it + 1;
+  }
+  FList.insert(at, {Weight, Order, Value});
+}
+
+namespace {
+
+const hstring& universal_key() {
+  static const hstring star(u"*");
+  return star;
+}
+
+// Calls f on each selector list of M that may hold a rule for Node: the lists
+// of its id, its classes, its tag and "*", every condition list, and the
+// pseudo-class lists whose pseudo-class is in Pseudos. f answers false to stop.
+template <class F>
+void for_each_candidate(const TCSSElement* Node, const TCSSStyleMaps& M, TCSSPseudoClasses Pseudos, F&& f) {
+  if (M.IDs && Node->Attributes()) {
+    hstring id = Node->GetAttribute(u"id");
+    if (!id.empty())
+      if (const TCSSSelectors* l = M.IDs->Get(id))
+        if (!f(*l))
+          return;
+  }
+  if (M.Classes)
+    for (const TCSSClassRec& c : Node->FClassHashes)
+      if (!c.s.empty())
+        if (const TCSSSelectors* l = M.Classes->GetHashed(static_cast<uint32_t>(c.hash), c.s))
+          if (!f(*l))
+            return;
+  if (M.Conditions) {
+    bool more = true;
+    M.Conditions->ForEach([&](const TCSSSelectors* l) {
+      if (more)
+        more = f(*l);
+    });
+    if (!more)
+      return;
+  }
+  if (!Node->FTag.empty())
+    if (const TCSSSelectors* l = M.Tags->Get(Node->FTag))
+      if (!f(*l))
+        return;
+  if (const TCSSSelectors* l = M.Tags->Get(universal_key()))
+    if (!f(*l))
+      return;
+  if (M.PseudoClasses && (M.PseudoClasses->PseudoMask & Pseudos))
+    for (const auto& p : M.PseudoClasses->Pseudos)
+      if (PCBit(p.first) & Pseudos)
+        if (!f(*p.second))
+          return;
+}
+
+bool disabled(const TCSSSelector* S) {
+  return !S->Section || (S->Section->MediaSet && S->Section->MediaSet->Disabled);
+}
+
+void add_section(TCSSWeightList& List, const TCSSSelector* S) {
+  for (const TCSSValue& v : S->Section->CompiledValues)
+    List.AddValue(S->Weight | (v.Important ? kCSSImportantWeight : 0), S->Order, &v);
+}
+
+} // namespace
+
+void TCSSStyleSheet::GetElementSelectors(const TCSSElement* Node, TCSSWeightList& List,
+                                         const TCSSStyleMaps* Maps, TCSSPseudoClasses Required) const {
+  if (!Node || !Maps)
+    return;
+  const TCSSPseudoClasses active = Node->CurrentPC | Required;
+  const TCSSPseudoClasses pseudos = active | PCBit(pcNthChild) | PCBit(pcNthOfType);
+  const size_t classes = Node->FClassHashes.size();
+  for_each_candidate(Node, *Maps, pseudos, [&](const TCSSSelectors& l) {
+    for (const TCSSSelector* s : l) {
+      if (disabled(s) || classes < s->Classes.size() || !s->RunTest(Node, active))
+        continue;
+      if (TestSelector(Node, s, Required))
+        add_section(List, s);
+    }
+    return true;
+  });
+}
+
+void TCSSStyleSheet::GetElementPseudoClasses(const TCSSElement* Node, TCSSPseudoClasses& Set) const {
+  if (!Node)
+    return;
+  for (TCSSPseudoClass pc : {pcBefore, pcAfter, pcMarker}) {
+    const TCSSStyleMaps* m = Maps(pc);
+    if (!m || (Set & PCBit(pc)))
+      continue;
+    for_each_candidate(Node, *m, ~TCSSPseudoClasses(0), [&](const TCSSSelectors& l) {
+      for (const TCSSSelector* s : l)
+        if (!disabled(s) && s->RunTest(Node, s->PseudoClasses)) {
+          Set |= PCBit(pc);
+          return false;
+        }
+      return true;
+    });
+  }
+}
+
+void TCSSStyleSheet::GetAllSelectors(TCSSWeightList& List) const {
+  // AddCSS with a weight of its own files a second universal rule beside the
+  // merged one; every one of them belongs to the element.
+  if (const TCSSSelectors* l = Main.Tags->Get(universal_key()))
+    for (const TCSSSelector* s : *l)
+      if (!disabled(s))
+        add_section(List, s);
+}
+
+} // namespace ht
