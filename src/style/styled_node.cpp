@@ -22,6 +22,12 @@ std::unique_ptr<TBaseElementStyle> TStyledHTMLNode::CreateStyle() {
   return std::make_unique<TBaseElementStyle>(this);
 }
 
+TBaseElementStyle* TStyledHTMLNode::EnsureStyle() {
+  if (!FStyle && !FTag.empty())
+    FStyle = CreateStyle();
+  return FStyle.get();
+}
+
 void TStyledHTMLNode::CSS(const hstring& Text) { TCSSElement::CSS(Text); }
 void TStyledHTMLNode::AddClass(const hstring& CSSClass) { TCSSElement::AddClass(CSSClass); }
 void TStyledHTMLNode::RemoveClass(const hstring& CSSClass) { TCSSElement::RemoveClass(CSSClass); }

@@ -91,6 +91,8 @@ public:
   float InnerWidth = 0, InnerHeight = 0; // base of children's percentages
 
   TBaseElementStyle* Style() const noexcept { return FStyle.get(); }
+  // The style, made by CreateStyle on first need; null for a text node.
+  TBaseElementStyle* EnsureStyle();
   bool HasFlag(TElementFlag F) const noexcept { return (Flags & EFBit(F)) != 0; }
   bool HasSizeFlag(TCSSSizeFlag F) const noexcept { return (SizeFlags & SFBit(F)) != 0; }
   // The parent as a styled node, or null.
