@@ -131,6 +131,7 @@ void TStyledHTMLNode::ClearCSS(const hstring&, bool) {}
 void TStyledHTMLNode::AddCSSRecursive(const hstring&, bool) {}
 void TStyledHTMLNode::ClearCSSRecursive(const hstring&, bool) {}
 void TStyledHTMLNode::UniqueSelfStyle() {}
+TCSSStyleSheet* TStyledHTMLNode::PrepareSelfStyle() { return SelfStyleSheet; }
 void TStyledHTMLNode::ResetCSSCounter(const hstring&, int) {}
 void TStyledHTMLNode::IncrementCSSCounter(const hstring&) {}
 int TStyledHTMLNode::CSSCounterValue(const hstring&) const { return 0; }

@@ -214,6 +214,10 @@ public:
   void AddCSSRecursive(const hstring& Text, bool Persist = false);
   void ClearCSSRecursive(const hstring& Name, bool Persist = false);
   void UniqueSelfStyle();
+  // The element's own sheet for the cascade (GetAllSelectors reads it): when
+  // efSelfStyleProcessed is clear it is built anew from the style attribute
+  // and FVirtualSelfStyle. Null when the element has no style of its own.
+  TCSSStyleSheet* PrepareSelfStyle();
 
   // Counters.
   void ResetCSSCounter(const hstring& Name, int Value);
