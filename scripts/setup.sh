@@ -9,6 +9,7 @@ packages=(cmake ninja-build g++ pkg-config zlib1g-dev libgtest-dev libbenchmark-
 #   HTCORE_EXTRA_PACKAGES="libxml2-dev libpugixml-dev rapidjson-dev nlohmann-json3-dev libexpat1-dev iso-codes
 #                          libgumbo-dev liblitehtml-dev npm"
 # (iso-codes ships the real XML and JSON inputs of the XML and JSON benchmarks.)
+# The style check against a browser (scripts/style_check.sh) needs: chromium nodejs
 if [ "${HTCORE_EXTRA_PACKAGES:-}" ]; then
   read -r -a extra <<<"$HTCORE_EXTRA_PACKAGES"
   packages+=("${extra[@]}")
