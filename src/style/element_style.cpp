@@ -6,9 +6,6 @@
 
 namespace ht {
 
-// Until the value decoders land.
-class TElementBackground {};
-
 namespace {
 
 TMeasure AutoMeasure() {

@@ -24,6 +24,7 @@
 #include "htcore/style/css_sheet.h"
 #include "htcore/style/css_tokenizer.h"
 #include "htcore/style/measure.h"
+#include "htcore/style/style_values.h"
 
 #include <cstdint>
 #include <memory>
@@ -32,11 +33,6 @@
 namespace ht {
 
 class TStyledHTMLNode;
-class TElementBackground;
-struct TTransform;
-struct TElementShadow;
-struct TBoxReflect;
-struct TCSSColumnRule;
 
 HT_ENUM(TCSSGeneralProperty, cgBorder, cgMargin, cgPadding, cgBackground)
 // A set of TCSSGeneralProperty: bit n is the member of ordinal n.

@@ -1,6 +1,5 @@
 // Decoded forms of the complex style values: backgrounds with their linear
-// and radial gradients, transforms, shadows, box reflections, column rules and
-// counters. An element's style builds them from a value's tokens on demand;
+// and radial gradients, transforms, shadows, box reflections and column rules. An element's style builds them from a value's tokens on demand;
 // their measures resolve against the element through a TMeasureContext.
 //
 //   ht::TCSSTokens toks = ht::CSSValueTokens(u"linear-gradient(to top left, red, blue)"_hs);
@@ -87,8 +86,7 @@ struct TTransformItem {
   std::vector<TMeasure> Params;
 };
 
-class TTransform {
-public:
+struct TTransform {
   std::vector<TTransformItem> Items;
   const TMeasureContext* Style = nullptr;
   TMeasure OriginX, OriginY;
@@ -112,8 +110,7 @@ public:
   float RotateX() const;
 };
 
-class TElementShadow {
-public:
+struct TElementShadow {
   TMeasure OffsetX, OffsetY, Blur, Spread;
   uint32_t Color = 0; // 0: none given, the text colour applies
   bool Inset = false;
@@ -128,8 +125,7 @@ public:
   void Reset();
 };
 
-class TBoxReflect {
-public:
+struct TBoxReflect {
   TCSSBoxReflect Direction = brNone;
   TMeasure Offset;
   TGradient Gradient;
@@ -139,18 +135,12 @@ public:
   bool Decode(TCSSTokenSequence& Seq);
 };
 
-class TCSSColumnRule {
-public:
+struct TCSSColumnRule {
   TMeasure Width;
   TLineStyle Style = lsNone;
   uint32_t Color = 0; // 0: none given
   // "1px solid #ccc" in any order.
   void Decode(TCSSTokenSequence& Seq, const TMeasureContext* Context);
-};
-
-struct TCSSCounter {
-  uint32_t NameHash = 0; // RSHash of the name
-  int32_t Value = 0;
 };
 
 // The colour at the sequence (a name, hash or rgb()/rgba() function); false
