@@ -107,6 +107,8 @@ void THtmlNode::RemoveClass(const hstring&) {}
 
 bool THtmlNode::HasClass(const hstring&) { return false; }
 
+hstring THtmlNode::ComputedCSS(const hstring&) { return hstring(); }
+
 void THtmlNode::ToggleClass(const hstring& CSSClass) {
   if (HasClass(CSSClass))
     RemoveClass(CSSClass);

@@ -309,7 +309,10 @@ THtNodeList& THtNodeList::SetCSS(const hstring& Name, const hstring& Value) {
   return *this;
 }
 
-hstring THtNodeList::GetCSS(const hstring&) const { return hstring(); }
+hstring THtNodeList::GetCSS(const hstring& Name) const {
+  THtmlNode* h = Count() ? AsHtml(Item(0)) : nullptr;
+  return h ? h->ComputedCSS(Name) : hstring();
+}
 
 THtNodeList& THtNodeList::on(const hstring& EventName, const hstring& Func) {
   hstring name = u"on"_hs + EventName;

@@ -3,6 +3,8 @@
 #include "htcore/style/css_sheet.h"
 
 #include <algorithm>
+#include <string_view>
+#include <unordered_map>
 
 namespace ht {
 
@@ -127,6 +129,76 @@ void TCSSStyleSheet::GetAllSelectors(TCSSWeightList& List) const {
     for (const TCSSSelector* s : *l)
       if (!disabled(s))
         add_section(List, s);
+}
+
+namespace {
+
+constexpr TCSSPseudoClasses kStructural = PCBit(pcFirstChild) | PCBit(pcLastChild) | PCBit(pcOnlyChild) |
+                                          PCBit(pcFirstOfType) | PCBit(pcLastOfType) | PCBit(pcOnlyOfType) |
+                                          PCBit(pcEmpty);
+
+bool is_element(const THtNode* n) { return !n->FTag.empty() && n->FTag[0] != u'!' && n->FTag[0] != u'?'; }
+
+// The states of the element children of Parent.
+void set_children(THtNode* Parent, std::unordered_map<std::u16string_view, TCSSElement*>& LastOfType) {
+  LastOfType.clear();
+  TCSSElement* first = nullptr;
+  TCSSElement* last = nullptr;
+  for (THtNode* c = Parent->FirstChild(); c; c = c->NextSibling()) {
+    auto* e = is_element(c) ? dynamic_cast<TCSSElement*>(c) : nullptr;
+    if (!e)
+      continue;
+    e->CurrentPC &= ~kStructural;
+    if (!first) {
+      first = e;
+      e->CurrentPC |= PCBit(pcFirstChild);
+    }
+    last = e;
+    auto [it, fresh] = LastOfType.try_emplace(e->FTag.view(), e);
+    if (fresh) {
+      e->CurrentPC |= PCBit(pcFirstOfType) | PCBit(pcLastOfType) | PCBit(pcOnlyOfType);
+    } else {
+      it->second->CurrentPC &= ~(PCBit(pcLastOfType) | PCBit(pcOnlyOfType));
+      e->CurrentPC |= PCBit(pcLastOfType);
+      it->second = e;
+    }
+    bool empty = true;
+    for (THtNode* g = e->FirstChild(); g && empty; g = g->NextSibling())
+      empty = g->FTag.empty() ? g->FContent.empty() : g->FTag[0] == u'!'; // comments do not count
+    if (empty)
+      e->CurrentPC |= PCBit(pcEmpty);
+  }
+  if (last) {
+    last->CurrentPC |= PCBit(pcLastChild);
+    if (last == first)
+      last->CurrentPC |= PCBit(pcOnlyChild);
+  }
+}
+
+} // namespace
+
+void SetStructuralPseudoClasses(TCSSElement* Root) {
+  if (!Root)
+    return;
+  std::unordered_map<std::u16string_view, TCSSElement*> last_of_type;
+  if (!Root->Parent()) {
+    // The document node itself: one of a kind.
+    Root->CurrentPC &= ~kStructural;
+  } else {
+    set_children(Root->Parent(), last_of_type);
+  }
+  THtNode* n = Root;
+  while (n) {
+    if (n->FirstChild())
+      set_children(n, last_of_type);
+    if (THtNode* c = n->FirstChild()) {
+      n = c;
+      continue;
+    }
+    while (n != Root && !n->FNextSibling)
+      n = n->FParent;
+    n = n == Root ? nullptr : n->FNextSibling;
+  }
 }
 
 } // namespace ht

@@ -100,6 +100,21 @@ const std::vector<Command>& Commands() {
        "\n"
        "example:\n"
        "  htcore css selectors bootstrap.css\n"},
+      {"query", "query [--paths] FILE SELECTOR",
+       "elements of an HTML document that match a CSS selector group, as HTML or paths", CmdQuery,
+       "Reads an HTML document (any encoding, as 'html' does) and prints the elements that\n"
+       "match SELECTOR, a CSS selector group such as 'div.note > p, #main a[href]', each once,\n"
+       "in document order, as compact HTML, one a line. The document node itself is never a\n"
+       "match. Pseudo-classes of the tree (:first-child, :nth-child(2), :empty ...) work;\n"
+       "states (:hover, :focus) and pseudo-elements (::before) match nothing. No match is\n"
+       "exit status 1 with nothing printed, as for grep; text that gives no selector is an\n"
+       "error.\n"
+       "\n"
+       "options:\n"
+       "  --paths    print each element's path (/html/body/div/p) instead of its HTML\n"
+       "\n"
+       "example:\n"
+       "  htcore query page.html 'ul.menu > li:first-child a'\n"},
       {"path", "path normalize|bounds|flatten [--tolerance T] DATA|-",
        "SVG path data made absolute, its bounds, or flattened to lines", CmdPath,
        "Reads SVG path data (DATA '-' reads standard input) and writes it back with absolute\n"

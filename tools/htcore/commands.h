@@ -123,6 +123,9 @@ int CmdXPath(int argc, char** argv);
 // css format|minify|dark|selectors FILE|-
 int CmdCss(int argc, char** argv);
 
+// query [--paths] FILE SELECTOR
+int CmdQuery(int argc, char** argv);
+
 // path normalize|bounds|flatten [--tolerance T] 'PATH DATA'|-
 int CmdPath(int argc, char** argv);
 

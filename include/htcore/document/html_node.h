@@ -65,6 +65,9 @@ public:
   virtual void AddClass(const hstring& CSSClass);
   virtual void RemoveClass(const hstring& CSSClass);
   virtual bool HasClass(const hstring& CSSClass);
+  // The computed value of a CSS property in CSS text ("rgb(255, 0, 0)",
+  // "12px"); empty here: styled nodes answer it once their style is known.
+  virtual hstring ComputedCSS(const hstring& Name);
 
   // Parses HTML into a temporary tree and returns its GetInnerText.
   static hstring HTMLtoText(const hstring& HTML);

@@ -22,6 +22,7 @@
 namespace ht {
 
 struct TCSSValue;
+class TCSSElement;
 
 // The top byte an !important value gets, and the weight of inline style.
 inline constexpr uint32_t kCSSImportantWeight = 0xFF000000u;
@@ -50,5 +51,11 @@ public:
 private:
   std::vector<TCSSWeightItem> FList;
 };
+
+// Sets the states that follow from the tree (first-child, last-child,
+// only-child, their of-type forms, empty) in CurrentPC of Root and every
+// element below it, and keeps those a host sets (hover, focus ...). Run it
+// after the tree changes shape; a loop, so any depth is fine.
+void SetStructuralPseudoClasses(TCSSElement* Root);
 
 } // namespace ht

@@ -56,6 +56,8 @@ using TClassesArray = std::vector<TCSSClassRec>;
 // A class record for a name: trimmed, lower-cased, hashed.
 TCSSClassRec MakeCSSClass(const hstring& Name);
 
+class TCSSSelectors;
+
 // The element side of matching: a node that keeps its classes hashed and its
 // pseudo state. The class attribute is hashed as it is parsed or set.
 class TCSSElement : public THtmlNode {
@@ -74,6 +76,16 @@ public:
   bool HasClass(const hstring& CSSClass) override;
   // Rebuilds FClassHashes from the class attribute.
   void GetClassesHashes();
+
+  // Queries (jquery.h): the elements below this one that match a selector
+  // group, in document order; the node itself is not tested.
+  THtNodeListRef GetJQueryList(const hstring& Query, bool FirstOnly) override;
+  void JQuery(const hstring& Query, bool First, IHtNodeList& List);
+  // Calls Callback for each match until it clears its Continue.
+  void JQuery(const hstring& Query, const THtNodeProcRef& Callback);
+  void InternalJQuery(const TCSSSelectors& Selectors, THtNodeList& List, bool First);
+  // False when the callback ended the walk.
+  bool InternalJQueryRef(const TCSSSelectors& Selectors, const THtNodeProcRef& Callback);
 };
 
 class TCSSSection;
