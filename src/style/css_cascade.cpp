@@ -1,6 +1,7 @@
 #include "htcore/style/css_cascade.h"
 
 #include "htcore/style/css_sheet.h"
+#include "tree_walk.h"
 
 #include <algorithm>
 #include <string_view>
@@ -34,13 +35,18 @@ const hstring& universal_key() {
   return star;
 }
 
+const hstring& id_name() {
+  static const hstring id(u"id");
+  return id;
+}
+
 // Calls f on each selector list of M that may hold a rule for Node: the lists
 // of its id, its classes, its tag and "*", every condition list, and the
 // pseudo-class lists whose pseudo-class is in Pseudos. f answers false to stop.
 template <class F>
 void for_each_candidate(const TCSSElement* Node, const TCSSStyleMaps& M, TCSSPseudoClasses Pseudos, F&& f) {
   if (M.IDs && Node->Attributes()) {
-    hstring id = Node->GetAttribute(u"id");
+    hstring id = Node->GetAttribute(id_name());
     if (!id.empty())
       if (const TCSSSelectors* l = M.IDs->Get(id))
         if (!f(*l))
@@ -137,15 +143,13 @@ constexpr TCSSPseudoClasses kStructural = PCBit(pcFirstChild) | PCBit(pcLastChil
                                           PCBit(pcFirstOfType) | PCBit(pcLastOfType) | PCBit(pcOnlyOfType) |
                                           PCBit(pcEmpty);
 
-bool is_element(const THtNode* n) { return !n->FTag.empty() && n->FTag[0] != u'!' && n->FTag[0] != u'?'; }
-
 // The states of the element children of Parent.
 void set_children(THtNode* Parent, std::unordered_map<std::u16string_view, TCSSElement*>& LastOfType) {
   LastOfType.clear();
   TCSSElement* first = nullptr;
   TCSSElement* last = nullptr;
   for (THtNode* c = Parent->FirstChild(); c; c = c->NextSibling()) {
-    auto* e = is_element(c) ? dynamic_cast<TCSSElement*>(c) : nullptr;
+    auto* e = detail::IsStyledTag(c) ? dynamic_cast<TCSSElement*>(c) : nullptr;
     if (!e)
       continue;
     e->CurrentPC &= ~kStructural;
@@ -187,18 +191,13 @@ void SetStructuralPseudoClasses(TCSSElement* Root) {
   } else {
     set_children(Root->Parent(), last_of_type);
   }
-  THtNode* n = Root;
-  while (n) {
+  if (Root->FirstChild())
+    set_children(Root, last_of_type);
+  detail::ForEachBelow(Root, [&](THtNode* n) {
     if (n->FirstChild())
       set_children(n, last_of_type);
-    if (THtNode* c = n->FirstChild()) {
-      n = c;
-      continue;
-    }
-    while (n != Root && !n->FNextSibling)
-      n = n->FParent;
-    n = n == Root ? nullptr : n->FNextSibling;
-  }
+    return true;
+  });
 }
 
 } // namespace ht

@@ -1,6 +1,7 @@
 #include "htcore/style/jquery.h"
 
 #include "htcore/style/css_style_maps.h"
+#include "tree_walk.h"
 
 #include <exception>
 
@@ -8,24 +9,12 @@ namespace ht {
 
 namespace {
 
-// The elements below Start in document order, without recursion; f answers
-// false to end the walk. Comments, directives and texts carry no style.
+// The elements below Start in document order; f answers false to end the walk.
 template <class F> bool walk_elements(THtNode* Start, F&& f) {
-  THtNode* n = Start->FirstChild();
-  while (n) {
-    if (!n->FTag.empty() && n->FTag[0] != u'!' && n->FTag[0] != u'?')
-      if (auto* e = dynamic_cast<TCSSElement*>(n))
-        if (!f(e))
-          return false;
-    if (THtNode* c = n->FirstChild()) {
-      n = c;
-      continue;
-    }
-    while (n != Start && !n->FNextSibling)
-      n = n->FParent;
-    n = n == Start ? nullptr : n->FNextSibling;
-  }
-  return true;
+  return detail::ForEachBelow(Start, [&](THtNode* n) {
+    auto* e = detail::IsStyledTag(n) ? dynamic_cast<TCSSElement*>(n) : nullptr;
+    return !e || f(e);
+  });
 }
 
 bool matches(const TCSSSelectors& Selectors, const TCSSElement* e) {
