@@ -3,10 +3,11 @@
 //
 // A tree whose root is a TStyledHTMLNode (or a host class derived from it) is
 // made of them. The parser renames tags the single-root design cannot hold
-// (a nested body becomes "xbody"), turns presentational attributes (bgcolor,
-// align, width ...) into inline declarations, and keeps class names hashed.
-// Once a cascade has run (TStyleDriver does it for a whole document), each
-// element answers its style and its margin, border and padding widths:
+// (a nested body becomes "xbody", <c:red> a span in red), turns
+// presentational attributes (bgcolor, align, width ...) into inline
+// declarations, and keeps class names hashed. Once a cascade has run
+// (TStyleDriver does it for a whole document), each element answers its style
+// and its margin, border and padding widths:
 //
 //   ht::TStyledHTMLNode doc;
 //   doc.Parse(u"<p style='margin: 4px'>x</p>");
@@ -15,6 +16,7 @@
 //   auto* p = static_cast<ht::TStyledHTMLNode*>(doc.FindNode(u"p"_hs));
 //   p->MarginLeft;                  // 4
 //   p->Style()->TextColor();        // the host's default text colour
+//   p->AddCSS(u"color: red"_hs, true);   // style="margin:4px;color:red"; restyle pending
 //
 // The layout loop itself is the host's; this class offers its numbers and
 // virtual hooks.
@@ -55,7 +57,7 @@ constexpr TCSSSizeFlags SFBit(TCSSSizeFlag f) noexcept { return TCSSSizeFlags{1}
 
 // A CSS counter of an element: the name's hash and its value.
 struct TCSSCounter {
-  int32_t NameHash = 0;
+  uint32_t NameHash = 0; // RSHash of the name
   int32_t Value = 0;
 };
 
@@ -93,10 +95,16 @@ public:
   TBaseElementStyle* Style() const noexcept { return FStyle.get(); }
   // The style, made by CreateStyle on first need; null for a text node.
   TBaseElementStyle* EnsureStyle();
-  bool HasFlag(TElementFlag F) const noexcept { return (Flags & EFBit(F)) != 0; }
+  // efMultiClass is not kept in Flags: MultiClass, which GetClassesHashes
+  // derives from the class attribute, answers it.
+  bool HasFlag(TElementFlag F) const noexcept {
+    return F == efMultiClass ? MultiClass : (Flags & EFBit(F)) != 0;
+  }
   bool HasSizeFlag(TCSSSizeFlag F) const noexcept { return (SizeFlags & SFBit(F)) != 0; }
   // The parent as a styled node, or null.
   TStyledHTMLNode* ParentElement() const;
+  // The display applied by the cascade; dsInline without a style.
+  TDisplayStyle Display() const noexcept { return FStyle ? FStyle->FDisplay : dsInline; }
   // The padding of a side that the layout may change (RTL lists).
   float PaddingLeft() const noexcept { return FPaddingLeft; }
   float PaddingRight() const noexcept { return FPaddingRight; }
@@ -149,6 +157,7 @@ public:
   virtual float StyleHeight();
   virtual void* InternalObject() const;
   // Overrides of THtmlNode.
+  using TCSSElement::ParseAttributes;
   bool SetAttribute(const hstring& Name, const hstring& Value) override;
   void ParseAttributes(THtmlParser& HP) override;
   THtNode* InternalParse(THtmlParser& HP) override;
@@ -219,11 +228,35 @@ public:
   // and FVirtualSelfStyle. Null when the element has no style of its own.
   TCSSStyleSheet* PrepareSelfStyle();
 
+  // Shares Source's own sheet (copy on write): for elements with the same
+  // style text, so that one parse serves all of them.
+  void ShareSelfStyleSheet(TStyledHTMLNode& Source);
+
+  // Pseudo elements: Before, After or Marker by pseudo-class (null for any
+  // other). CreatePseudo makes the node on first need, of this node's class,
+  // with this node as parent so that it inherits, but outside the child list.
+  TStyledHTMLNode* PseudoElement(TCSSPseudoClass Pseudo) const;
+  TStyledHTMLNode* CreatePseudo(TCSSPseudoClass Pseudo);
+  void FreePseudo(TCSSPseudoClass Pseudo);
+
   // Counters.
   void ResetCSSCounter(const hstring& Name, int Value);
-  void IncrementCSSCounter(const hstring& Name);
+  void IncrementCSSCounter(const hstring& Name, int By = 1);
   // The value of the nearest counter of that name, or 0.
   int CSSCounterValue(const hstring& Name) const;
+  // Whether a child holds counters, so that a counter search looks at siblings.
+  bool HasChildCounters() const noexcept { return FChildCounters; }
+
+private:
+  bool FChildCounters = false; // a child holds counters: IncrementCSSCounter scans the siblings
+
+  // A new own sheet from the style attribute and FVirtualSelfStyle (may be empty).
+  void BuildSelfStyleSheet();
+  // Ends an edit of the own sheet: the style attribute with Persist, then a restyle.
+  void SelfStyleEdited(bool Persist);
+  void SnapshotStyle();
+  // Takes the declaration of Name out of FVirtualSelfStyle; true when there was one.
+  bool RemoveVirtualCSS(std::u16string_view Name);
 };
 
 } // namespace ht
