@@ -45,8 +45,24 @@ constexpr TCSSGeneralProperties CGBit(TCSSGeneralProperty p) noexcept {
 class TCSSAnimation : public TObject {
 public:
   hstring Name;
+  float Duration = 0; // milliseconds
+  TCSSTiming Timing = tmEase;
   bool Active = false;
 };
+
+// One "transition" group: which property, how long, how, and after what
+// delay. Active and the value in flight belong to the animation engine.
+class TCSSTransition : public TObject {
+public:
+  hstring Name;       // a property name, or "all"
+  float Duration = 0; // milliseconds
+  float Delay = 0;    // milliseconds
+  TCSSTiming Timing = tmEase;
+  bool Active = false;
+};
+
+// The font size of a root element that nothing sized.
+inline constexpr float kDefaultFontSize = 16;
 
 HT_ENUM(TElementClear, ecLeft, ecRight)
 using TElementClears = uint8_t;
@@ -79,7 +95,10 @@ public:
   // selectors read it; ApplyPseudoClass edits it there.
   TFastStringList Transitions; // property name to its transition, owning
   std::unique_ptr<TCSSAnimation> Animation;
-  TCSSproperties PropertySet; // which properties FProps holds with an effective value
+  TCSSproperties PropertySet;     // which properties FProps holds with an effective value
+  bool FFontSizeResolved = false; // IntFontSize holds FontSize in pixels
+  // Percentage bases that are no node field: the viewport, for the root.
+  float FViewPortWidth = 0, FViewPortHeight = 0;
 
   // Virtual operations.
   virtual void DoApplyValue(const TCSSValue* Value, TCSSTokenSequence& Seq);
@@ -110,6 +129,11 @@ public:
   bool GetNumberProp(TCSSProperty Prop, float& Number, bool UseTransition, bool Inherit);
   // The first token's slot of an enumeration property; Default when absent.
   int GetEnumProp(TCSSProperty Prop, bool Inherit, int Default) const;
+  // The value that answers for Prop: "inherit" goes on to the parent whatever
+  // Inherit says; null when none does.
+  const TCSSValue* FindEffective(TCSSProperty Prop, bool Inherit) const;
+  // IntFontSize, computed first (for the ancestors too) when not yet known.
+  float ResolveFontSize();
 
   // Measures.
   TMeasure Width();
@@ -265,9 +289,20 @@ public:
   bool GetTransitionColor(TCSSProperty Prop, uint32_t& Color);
   bool GetTransitionMeasure(TCSSProperty Prop, TMeasure& Measure);
   bool GetTransitionNumber(TCSSProperty Prop, float& Number);
+  // The transition of a property (or "all"), or null.
+  TCSSTransition* FindTransition(TCSSProperty Prop) const;
   void AddTransition(TCSSTokenSequence& Seq);
   void AddAnimation(TCSSTokenSequence& Seq);
   TCSSAnimation* CreateAnimation();
+  // The eager routines of ApplyValue beside DoApplyValue.
+  void DoApplyDisplay(const TCSSValue* Value);
+  void DoApplyBackground(const TCSSValue* Value, TCSSTokenSequence& Seq);
+  void DoApplyFontWeight(const TCSSValue* Value);
+  void DoApplyWhiteSpace(const TCSSValue* Value);
+
+private:
+  const float* ContainerWidth();
+  const float* ContainerHeight();
 };
 
 } // namespace ht
