@@ -26,6 +26,14 @@ bool is_time(const TCSSToken& t) {
   return (t.CType == ctDimension && (t.MUnit == muS || t.MUnit == muMS)) || t.CType == ctNumber;
 }
 
+// A keyword field takes the slot, or the parent's value for "inherit".
+template <class E> void take_slot(E& field, uint32_t slot, bool inherit, const E* parent, E initial, E last) {
+  if (inherit)
+    field = parent ? *parent : initial;
+  else if (slot <= static_cast<uint32_t>(last))
+    field = static_cast<E>(slot);
+}
+
 constexpr THtFontStyles kWeightBits = HtFontStyleBit(hfsBold) | HtFontStyleBit(hfsBlack) |
                                       HtFontStyleBit(hfsSemibold) | HtFontStyleBit(hfsLight) |
                                       HtFontStyleBit(hfsUltraLight);
@@ -105,13 +113,9 @@ void TBaseElementStyle::ApplyValueCaller(const TCSSValue* Value) {
 }
 
 void TBaseElementStyle::DoApplyDisplay(const TCSSValue* Value) {
+  const TBaseElementStyle* p = ParentStyle();
   const uint32_t slot = Value->Slot();
-  if (slot == kCSSSlotInherit) {
-    const TBaseElementStyle* p = ParentStyle();
-    FDisplay = p ? p->FDisplay : dsInline;
-  } else if (slot <= dsInlineTable) {
-    FDisplay = static_cast<TDisplayStyle>(slot);
-  }
+  take_slot(FDisplay, slot, slot == kCSSSlotInherit, p ? &p->FDisplay : nullptr, dsInline, dsInlineTable);
 }
 
 void TBaseElementStyle::DoApplyBackground(const TCSSValue* Value, TCSSTokenSequence& Seq) {
@@ -122,13 +126,9 @@ void TBaseElementStyle::DoApplyBackground(const TCSSValue* Value, TCSSTokenSeque
 }
 
 void TBaseElementStyle::DoApplyWhiteSpace(const TCSSValue* Value) {
+  const TBaseElementStyle* p = ParentStyle();
   const uint32_t slot = Value->Slot();
-  if (slot == kCSSSlotInherit) {
-    const TBaseElementStyle* p = ParentStyle();
-    WhiteSpace = p ? p->WhiteSpace : wsNormal;
-  } else if (slot <= wsPreWrap) {
-    WhiteSpace = static_cast<TWhiteSpace>(slot);
-  }
+  take_slot(WhiteSpace, slot, slot == kCSSSlotInherit, p ? &p->WhiteSpace : nullptr, wsNormal, wsPreWrap);
 }
 
 void TBaseElementStyle::DoApplyFontWeight(const TCSSValue* Value) {
@@ -284,29 +284,22 @@ void TBaseElementStyle::DoApplyValue(const TCSSValue* Value, TCSSTokenSequence& 
     break;
   }
   case cspVisibility:
-    if (inherit)
-      Visibility = parent ? parent->Visibility : cvVisible;
-    else if (slot <= cvHidden)
-      Visibility = static_cast<TCSSVisibility>(slot);
+    take_slot(Visibility, slot, inherit, parent ? &parent->Visibility : nullptr, cvVisible, cvHidden);
     break;
   case cspZIndex:
     ZIndex = static_cast<int32_t>(std::min(detail::value_number(*Value), 100000000.0f));
     break;
   case cspDirection:
-    if (inherit)
-      CalculatedDirection = parent ? parent->CalculatedDirection : cdLTR;
-    else if (slot <= cdRTL)
-      CalculatedDirection = static_cast<TCSSDirection>(slot);
+    take_slot(CalculatedDirection, slot, inherit, parent ? &parent->CalculatedDirection : nullptr, cdLTR,
+              cdRTL);
     break;
   case cspWordWrap:
     if (slot == wwBreakWord)
       CalculatedWordBreak = wbBreakWord;
     break;
   case cspWordBreak:
-    if (inherit)
-      CalculatedWordBreak = parent ? parent->CalculatedWordBreak : wbNormal;
-    else if (slot <= wbHyphens)
-      CalculatedWordBreak = static_cast<TCSSWordBreak>(slot);
+    take_slot(CalculatedWordBreak, slot, inherit, parent ? &parent->CalculatedWordBreak : nullptr, wbNormal,
+              wbHyphens);
     break;
   case cspZoom: {
     float z = detail::value_number(*Value);

@@ -76,6 +76,44 @@ void to_close(TCSSTokenSequence& seq) {
   }
 }
 
+// The colour stops up to the closing bracket. A linear gradient ends at an
+// unreadable colour and keeps a stop's first position; a radial one passes
+// over what it cannot read, and a later position replaces an earlier one.
+void read_stops(TCSSTokenSequence& seq, TGradient& g, const TMeasureContext* style, bool linear) {
+  for (; seq.T && seq.T->CType != ctClosePar; seq.Next()) {
+    switch (seq.T->CType) {
+    case ctIdent:
+    case ctHash:
+    case ctFunction: {
+      uint32_t c = 0;
+      if (ReadCSSColor(seq, c)) {
+        TGradientStop s;
+        s.Position.Init(style);
+        s.Color = c;
+        g.Stops.push_back(s);
+      } else if (linear) {
+        to_close(seq);
+        return;
+      } else if (seq.T->CType == ctFunction) {
+        SkipCSSFunction(seq);
+      }
+      break;
+    }
+    case ctPercentage:
+    case ctDimension:
+      if (!g.Stops.empty() && (!linear || g.Stops.back().Position.GetAuto())) {
+        g.Stops.back().Position.Decode(seq);
+        g.Stops.back().Position.Style = style;
+      }
+      break;
+    default:
+      break;
+    }
+    if (!seq.T)
+      return;
+  }
+}
+
 } // namespace
 
 float GradientAngle(TGradientDirection Direction) noexcept {
@@ -182,34 +220,7 @@ void TElementBackground::DecodeLinearGradient(TCSSTokenSequence& Seq) {
     Gradient.Angle = Seq.T->AsFloat;
     Seq.Next();
   }
-  for (; Seq.T && Seq.T->CType != ctClosePar; Seq.Next()) {
-    switch (Seq.T->CType) {
-    case ctIdent:
-    case ctHash:
-    case ctFunction: {
-      uint32_t c = 0;
-      if (!ReadCSSColor(Seq, c)) {
-        to_close(Seq);
-        Gradient.SpreadStops(Style);
-        return;
-      }
-      TGradientStop s;
-      s.Position.Init(Style);
-      s.Color = c;
-      Gradient.Stops.push_back(s);
-      break;
-    }
-    case ctPercentage:
-    case ctDimension:
-      if (!Gradient.Stops.empty() && Gradient.Stops.back().Position.GetAuto()) {
-        Gradient.Stops.back().Position.Decode(Seq);
-        Gradient.Stops.back().Position.Style = Style;
-      }
-      break;
-    default:
-      break;
-    }
-  }
+  read_stops(Seq, Gradient, Style, true);
   Gradient.SpreadStops(Style);
 }
 
@@ -251,33 +262,7 @@ void TElementBackground::DecodeRadialGradient(TCSSTokenSequence& Seq) {
       Gradient.CenterY = m;
     ++centre;
   }
-  for (; Seq.T && Seq.T->CType != ctClosePar; Seq.Next()) {
-    switch (Seq.T->CType) {
-    case ctIdent:
-    case ctHash:
-    case ctFunction: {
-      uint32_t c = 0;
-      if (ReadCSSColor(Seq, c)) {
-        TGradientStop s;
-        s.Position.Init(Style);
-        s.Color = c;
-        Gradient.Stops.push_back(s);
-      } else if (Seq.T->CType == ctFunction) {
-        SkipCSSFunction(Seq);
-      }
-      break;
-    }
-    case ctPercentage:
-    case ctDimension:
-      if (!Gradient.Stops.empty()) {
-        Gradient.Stops.back().Position.Decode(Seq);
-        Gradient.Stops.back().Position.Style = Style;
-      }
-      break;
-    default:
-      break;
-    }
-  }
+  read_stops(Seq, Gradient, Style, false);
   Gradient.SpreadStops(Style);
 }
 
