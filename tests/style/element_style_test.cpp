@@ -16,7 +16,6 @@ namespace {
 struct TDoc {
   TStyledHTMLNode root;
   TCSSStyleSheet sheet;
-  std::vector<std::unique_ptr<TCSSStyleSheet>> inline_sheets;
 
   TDoc(const char16_t* html, const char16_t* css) {
     root.Parse(hstring(html));
@@ -25,7 +24,6 @@ struct TDoc {
   }
 
   void Cascade() {
-    inline_sheets.clear();
     for (THtNode* n = &root; n; n = n->NextNode()) {
       auto* e = dynamic_cast<TStyledHTMLNode*>(n);
       if (!e || e->Tag().empty())
@@ -35,13 +33,8 @@ struct TDoc {
       TCSSWeightList list;
       HTML4StyleSheet()->GetElementSelectors(e, list, &HTML4StyleSheet()->Main, 0);
       sheet.GetElementSelectors(e, list, &sheet.Main, 0);
-      hstring own = e->GetAttribute(u"style"_hs);
-      if (!own.empty()) {
-        auto self = std::make_unique<TCSSStyleSheet>();
-        self->ParseValues(own, static_cast<int>(kCSSImportantWeight));
-        self->GetAllSelectors(list);
-        inline_sheets.push_back(std::move(self));
-      }
+      if (TCSSStyleSheet* own = e->PrepareSelfStyle())
+        own->GetAllSelectors(list);
       s->ApplyValue(list, false);
       if (TBaseElementStyle* p = s->ParentStyle())
         s->Inherit(p);
@@ -82,6 +75,21 @@ TEST(ElementStyle, InheritedPropertiesWalkUpOthersDoNot) {
          u"#a { margin-left: 12px; background-color: #00ff00 }");
   EXPECT_EQ(e.S(u"b")->MarginLeftPx(), 12);
   EXPECT_EQ(e.S(u"b")->BackgroundColor(), 0xFF00FF00u);
+}
+
+TEST(ElementStyle, PresentationalAttributesReachTheGetters) {
+  TDoc d(u"<div id=a align=center bgcolor=#0000ff><font id=b size=5 color=red face='Courier New'>x</font>"
+         u"<c:lime id=c>y</c:lime><p id=d width=50 nowrap>z</p></div>",
+         u"");
+  EXPECT_EQ(d.S(u"a")->TextAlign(), thXCenter);
+  EXPECT_EQ(d.S(u"a")->BackgroundColor(), 0xFF0000FFu);
+  EXPECT_TRUE(d.S(u"a")->GeneralProps & CGBit(cgBackground));
+  EXPECT_EQ(d.S(u"b")->ResolveFontSize(), 24);
+  EXPECT_EQ(d.S(u"b")->TextColor(), 0xFFFF0000u);
+  EXPECT_EQ(d.S(u"b")->FontFamily(), u"Courier New");
+  EXPECT_EQ(d.S(u"c")->TextColor(), 0xFF00FF00u);
+  EXPECT_EQ(Px(d.S(u"d")->Width()), 50);
+  EXPECT_EQ(d.S(u"d")->WhiteSpace, wsNowrap);
 }
 
 TEST(ElementStyle, DefaultsWithoutDeclarations) {
