@@ -109,6 +109,11 @@ TMeasure TBaseElementStyle::LineHeight() {
   bool have_font = false;
   TBaseElementStyle* owner = this;
   for (TBaseElementStyle* s = this; s && !found && !have_font; s = s->ParentStyle()) {
+    if (!s->PropertySet.Contains(cspLineHeight) && !s->PropertySet.Contains(cspFont)) {
+      if (quirks && inline_element && s != this && !is_inline(s))
+        break;
+      continue;
+    }
     for (const TCSSValue* v : s->FProps) {
       if (v->Prop->Prop == cspLineHeight) {
         if (v->IsInherit || v->Measure.Value1.Flags.Contains(mfInherit))
@@ -587,38 +592,35 @@ float TBaseElementStyle::FlexShrink() {
 }
 
 int TBaseElementStyle::FontWeight() const {
-  // Walk up by hand: bolder and lighter are relative to the parent.
+  // bolder and lighter count from the parent's weight: gather them on the way
+  // up to the first absolute weight, then apply them on the way down.
+  std::vector<uint32_t> relative;
+  int weight = 400;
   for (const TBaseElementStyle* s = this; s; s = s->ParentStyle()) {
     if (!s->PropertySet.Contains(cspFontWeight))
       continue;
     const TCSSValue* v = s->InternalFindProp(cspFontWeight);
-    if (!v || v->Tokens.empty())
+    if (!v || v->Tokens.empty() || v->Slot() == kCSSSlotInherit)
       continue;
     const uint32_t slot = v->Slot();
-    if (slot == kCSSSlotInherit)
+    if (slot == fwBolder || slot == fwLighter) {
+      relative.push_back(slot);
       continue;
-    const TBaseElementStyle* p = s->ParentStyle();
-    const int parent = p ? p->FontWeight() : 400;
-    switch (slot) {
-    case fwNormal:
-      return 400;
-    case fwBold:
-      return 700;
-    case fwBolder:
-      return parent < 400 ? 400 : parent < 600 ? 700 : 900;
-    case fwLighter:
-      return parent < 600 ? 100 : parent < 800 ? 400 : 700;
-    case kCSSSlotUnknownKeyword: {
+    }
+    if (slot == fwBold)
+      weight = 700;
+    else if (slot >= fw100 && slot <= fw900)
+      weight = static_cast<int>(slot - fw100 + 1) * 100;
+    else if (slot == kCSSSlotUnknownKeyword) {
       const float n = detail::token_text_number(v->Tokens[0]);
-      return n >= 1 && n <= 1000 ? static_cast<int>(n) : 400;
+      weight = n >= 1 && n <= 1000 ? static_cast<int>(n) : 400;
     }
-    default:
-      if (slot >= fw100 && slot <= fw900)
-        return static_cast<int>(slot - fw100 + 1) * 100;
-      return 400;
-    }
+    break;
   }
-  return 400;
+  for (auto it = relative.rbegin(); it != relative.rend(); ++it)
+    weight = *it == fwBolder ? (weight < 400 ? 400 : weight < 600 ? 700 : 900)
+                             : (weight < 600 ? 100 : weight < 800 ? 400 : 700);
+  return weight;
 }
 
 TElementBackground* TBaseElementStyle::GetBackground() {
