@@ -3,7 +3,9 @@
 # the test suites, then builds a small consumer against the installed package.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-HTCORE_SETUP_ONLY_PACKAGES=1 ./scripts/setup.sh
+# clang checks that the sources also compile with the second compiler.
+HTCORE_EXTRA_PACKAGES="clang ${HTCORE_EXTRA_PACKAGES:-}" HTCORE_SETUP_ONLY_PACKAGES=1 ./scripts/setup.sh
+./scripts/clang_check.sh
 
 build=build-test
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
