@@ -7,6 +7,7 @@
 #include "htcore/foundation/text_utils.h"
 #include "htcore/style/css_sheet.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace ht {
@@ -128,9 +129,13 @@ void TStyledHTMLNode::ParseAttributes(THtmlParser& HP) {
 
 bool TStyledHTMLNode::SetAttribute(const hstring& Name, const hstring& Value) {
   bool changed = THtmlNode::SetAttribute(Name, Value);
-  if (changed)
-    ParseAttribute(FAttributes && !FAttributes->CaseSensitive ? LowerCase(Name.view()) : Name, Value);
-  return changed;
+  if (!changed)
+    return false;
+  // The set keeps names in lower case unless it is case-sensitive; the table does too.
+  bool upper = FAttributes && !FAttributes->CaseSensitive &&
+               std::any_of(Name.begin(), Name.end(), [](char16_t c) { return c >= u'A' && c <= u'Z'; });
+  ParseAttribute(upper ? LowerCase(Name.view()) : Name, Value);
+  return true;
 }
 
 void TStyledHTMLNode::ParseAttribute(const hstring& Name, const hstring& Value) {

@@ -564,22 +564,13 @@ void TStyledHTMLNode::CalcSizeFlags(bool Recalc) {
   if (d == dsInline && IsReplacedElement())
     d = dsInlineBlock;
   TStyledHTMLNode* c = Container ? Container : FindContainer();
-  // Without a container the box stands in the viewport, whose size is known.
-  const bool cw = !c || c == this || c->HasSizeFlag(sfDefiniteWidth);
-  const bool ch = !c || c == this || c->HasSizeFlag(sfDefiniteHeight);
-  const bool has_margin = has(s->GeneralProps, cgMargin), has_padding = has(s->GeneralProps, cgPadding);
-  auto side = [&](bool present, TMeasure (TBaseElementStyle::*get)()) {
-    if (present)
-      return (s->*get)();
-    TMeasure zero;
-    zero.Init(s);
-    zero.Flags.Include(mfNotAuto);
-    return zero;
-  };
-  const TCSSSizeFlags hdelta = delta_flags(
-      {side(has_margin, &TBaseElementStyle::MarginLeft), side(has_margin, &TBaseElementStyle::MarginRight),
-       side(has_padding, &TBaseElementStyle::PaddingLeft), side(has_padding, &TBaseElementStyle::PaddingRight)},
-      true, cw, sfFixedOuterDelta, sfDefiniteOuterDelta);
+  // Without a styled container the box stands in the viewport, whose size is known.
+  const bool viewport = !c || c == this || !c->Style();
+  const bool cw = viewport || c->HasSizeFlag(sfDefiniteWidth);
+  const bool ch = viewport || c->HasSizeFlag(sfDefiniteHeight);
+  // Auto margins are read too: they leave no mark in GeneralProps.
+  const TCSSSizeFlags hdelta = delta_flags({s->MarginLeft(), s->MarginRight(), s->PaddingLeft(), s->PaddingRight()},
+                                           true, cw, sfFixedOuterDelta, sfDefiniteOuterDelta);
   switch (d) {
   case dsInline:
     SizeFlags |= hdelta;
@@ -613,10 +604,8 @@ void TStyledHTMLNode::CalcSizeFlags(bool Recalc) {
     SizeFlags |= SFBit(sfDefiniteHeight);
   SizeFlags |= hdelta;
   // Vertical percentages refer to the container's width too.
-  SizeFlags |= delta_flags(
-      {side(has_margin, &TBaseElementStyle::MarginTop), side(has_margin, &TBaseElementStyle::MarginBottom),
-       side(has_padding, &TBaseElementStyle::PaddingTop), side(has_padding, &TBaseElementStyle::PaddingBottom)},
-      false, cw, sfFixedOuterVDelta, sfDefiniteOuterVDelta);
+  SizeFlags |= delta_flags({s->MarginTop(), s->MarginBottom(), s->PaddingTop(), s->PaddingBottom()}, false, cw,
+                           sfFixedOuterVDelta, sfDefiniteOuterVDelta);
 }
 
 } // namespace ht
