@@ -52,6 +52,12 @@ void TStyledHTMLNode::CalcNonRelativeProps() {
     s->IntFontSize = size;
   const TCSSGeneralProperties gp = s->GeneralProps, rel = s->RelativeProps;
   const bool vertical = HasFlag(efVertical);
+  // What a painter asks before it looks at the style.
+  Flags &= ~(EFBit(efHasBackground) | EFBit(efHasBorder));
+  if (has(gp, cgBackground))
+    Flags |= EFBit(efHasBackground);
+  if (has(gp, cgBorder))
+    Flags |= EFBit(efHasBorder);
   // Vertical margins are the layout's to collapse; they start as declared.
   if (!has(gp, cgMargin) || is_row_level(s->FDisplay)) {
     MarginTop = MarginRight = MarginBottom = MarginLeft = 0;

@@ -113,6 +113,8 @@ TEST(StyledNodeNumbers, VerticalTradesSidesAndRowsHaveNoMargins) {
   v->CalcNonRelativeProps();
   EXPECT_EQ(sides(v), "m 4.00 3.00 2.00 1.00 | b 8.00 7.00 6.00 5.00 | p 0.00 0.00 0.00 0.00");
   EXPECT_EQ(by_id(doc, "r")->MarginLeft, 0);
+  EXPECT_TRUE(v->HasFlag(efHasBorder));
+  EXPECT_FALSE(v->HasFlag(efHasBackground));
 }
 
 TEST(StyledNodeNumbers, WidthsAndInnerSizes) {
