@@ -131,16 +131,18 @@ bool TBaseElementStyle::GetColorProp(TCSSProperty Prop, uint32_t& Color, bool Us
     if (s->PropertySet.Contains(Prop)) {
       const TCSSValue* v = s->InternalFindProp(Prop);
       if (v && !v->IsInherit) {
-        uint32_t c = detail::value_colour(*s, *v);
-        if (c == HtInvalidColor && detail::is_current_colour(*v)) {
-          if (Prop != cspColor) {
-            Color = s->TextColor();
-            return true;
-          }
-        } else {
+        const uint32_t c = detail::value_colour(*s, *v);
+        if (c != HtInvalidColor) {
           Color = c;
           return true;
         }
+        if (detail::is_current_colour(*v) && Prop != cspColor) {
+          Color = s->TextColor();
+          return true;
+        }
+        // An unknown name reads as no declaration: the colour comes from above, if it inherits.
+        if (!Inherit && !detail::is_current_colour(*v))
+          break;
       }
       continue;
     }

@@ -70,6 +70,12 @@ TEST(ElementStyle, InheritedPropertiesWalkUpOthersDoNot) {
   // Not inherited: p gets the default-sheet margins, span nothing, neither the background.
   EXPECT_EQ(d.S(u"c")->MarginLeftPx(), 0);
   EXPECT_EQ(d.S(u"b")->BackgroundColor(), HtTransparentColor);
+  // An unknown colour name reads as no declaration; currentcolor is the text colour.
+  TDoc u(u"<div id=a><p id=b>x</p></div>",
+         u"#a { color: #123456 } #b { color: banana; background-color: currentColor; border: 1px solid }");
+  EXPECT_EQ(u.S(u"b")->TextColor(), 0xFF123456u);
+  EXPECT_EQ(u.S(u"b")->BackgroundColor(), 0xFF123456u);
+  EXPECT_EQ(u.S(u"b")->BorderTopColor(), 0xFF123456u);
   // "inherit" reaches a property that does not inherit by itself.
   TDoc e(u"<div id=a><p id=b style='margin-left: inherit; background-color: inherit'>x</p></div>",
          u"#a { margin-left: 12px; background-color: #00ff00 }");
