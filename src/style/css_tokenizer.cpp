@@ -498,7 +498,13 @@ bool starts_with_ci(const hstring& s, std::u16string_view prefix) {
   return s.size() >= prefix.size() && SameText(s.view().substr(0, prefix.size()), prefix);
 }
 
-int round_even(double v) { return static_cast<int>(std::nearbyint(v)); }
+// Channels are cut to a byte afterwards; a huge or undefined number must not
+// overflow on the way.
+int round_even(double v) {
+  if (!(v > -2147483648.0 && v < 2147483647.0))
+    return 0;
+  return static_cast<int>(std::nearbyint(v));
+}
 
 uint32_t ident_colour(TCSSToken& tok) {
   if (tok.Color == 0 || tok.Flags == 1) {

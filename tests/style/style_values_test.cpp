@@ -396,7 +396,8 @@ TEST(StyleValues, HostileGradientsEnd) {
   // Unclosed brackets and stray tokens end the walk instead of running past it.
   for (const char16_t* text :
        {u"linear-gradient(", u"linear-gradient(to", u"radial-gradient(at", u"linear-gradient(red, rgb(1,2",
-        u"url(", u"radial-gradient(red 10% 20%, )", u"linear-gradient(to to to, var(--x), red)"}) {
+        u"url(", u"radial-gradient(red 10% 20%, )", u"linear-gradient(to to to, var(--x), red)",
+        u"0 0 0 1px rgb(3, 110, 25 3333333333, 0.25)", u"rgb(1e30, -1e30, 2)"}) {
     TValue v(text);
     TElementBackground bg(nullptr);
     bg.Parse(v.seq);
