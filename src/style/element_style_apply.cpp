@@ -429,14 +429,10 @@ void TBaseElementStyle::CalcGeneralProps() {
       (PropertySet.Contains(cspBorder) || PropertySet.Contains(cspBorderTop) ||
        PropertySet.Contains(cspBorderRight) || PropertySet.Contains(cspBorderBottom) ||
        PropertySet.Contains(cspBorderLeft))) {
-    for (TCSSProperty w :
-         {cspBorderTopWidth, cspBorderRightWidth, cspBorderBottomWidth, cspBorderLeftWidth}) {
-      const TCSSValue* v = InternalFindProp(w);
-      if (v && v->Measure.Value1.FValue > 0) {
-        GeneralProps |= CGBit(cgBorder);
-        break;
-      }
-    }
+    // The side shorthands have no longhands: the getters read them.
+    if (BorderTopWidthPx() > 0 || BorderRightWidthPx() > 0 || BorderBottomWidthPx() > 0 ||
+        BorderLeftWidthPx() > 0)
+      GeneralProps |= CGBit(cgBorder);
   }
 }
 

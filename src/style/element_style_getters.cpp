@@ -276,31 +276,6 @@ TMeasure TBaseElementStyle::BackgroundPositionY() {
   return m;
 }
 
-// Box sides: 0 px unless declared; margins keep "auto".
-#define HT_BOX_GETTER(Name, Prop)                                                                            \
-  TMeasure TBaseElementStyle::Name() {                                                                       \
-    const float* base = ContainerWidth();                                                                    \
-    TMeasure m = fresh(this, base);                                                                          \
-    if (!PropertySet.Contains(Prop)) {                                                                       \
-      m.Flags = {mfNotAuto, mfZero};                                                                         \
-      m.FMUnit = muPX;                                                                                       \
-      return m;                                                                                              \
-    }                                                                                                        \
-    GetMeasureProp(Prop, m, true, false, base);                                                              \
-    return m;                                                                                                \
-  }
-
-HT_BOX_GETTER(MarginLeft, cspMarginLeft)
-HT_BOX_GETTER(MarginTop, cspMarginTop)
-HT_BOX_GETTER(MarginRight, cspMarginRight)
-HT_BOX_GETTER(MarginBottom, cspMarginBottom)
-HT_BOX_GETTER(PaddingLeft, cspPaddingLeft)
-HT_BOX_GETTER(PaddingTop, cspPaddingTop)
-HT_BOX_GETTER(PaddingRight, cspPaddingRight)
-HT_BOX_GETTER(PaddingBottom, cspPaddingBottom)
-
-#undef HT_BOX_GETTER
-
 namespace {
 
 constexpr TCSSProperty kBorderWidth[4] = {cspBorderTopWidth, cspBorderRightWidth, cspBorderBottomWidth,
@@ -309,24 +284,132 @@ constexpr TCSSProperty kBorderStyle[4] = {cspBorderTopStyle, cspBorderRightStyle
                                           cspBorderLeftStyle};
 constexpr TCSSProperty kBorderColor[4] = {cspBorderTopColor, cspBorderRightColor, cspBorderBottomColor,
                                           cspBorderLeftColor};
+constexpr TCSSProperty kBorderSide[4] = {cspBorderTop, cspBorderRight, cspBorderBottom, cspBorderLeft};
+
+// The heaviest value that sets one side: its longhand, the four-side
+// shorthand, or the side's own shorthand (border-top ...). The shorthands
+// count because a three-value form leaves the left longhand out and the side
+// shorthands have no longhands at all.
+const TCSSValue* side_value(const TBaseElementStyle& s, TCSSProperty longhand, TCSSProperty four,
+                            TCSSProperty side = cspUnknown) {
+  const bool own = side != cspUnknown && s.PropertySet.Contains(side);
+  if (!s.PropertySet.Contains(longhand) && !s.PropertySet.Contains(four) && !own)
+    return nullptr;
+  for (const TCSSValue* v : s.FProps) {
+    const TCSSProperty p = v->Prop->Prop;
+    if (p == longhand || p == four || (own && p == side))
+      return v;
+  }
+  return nullptr;
+}
+
+// The index of the token that gives a side in a four-side shorthand:
+// "a" all, "a b" vertical and horizontal, "a b c" top, sides, bottom.
+int four_token(const TCSSValue& v, int side) {
+  std::vector<int> groups;
+  const TCSSTokens& t = v.Tokens;
+  for (size_t i = 0; i < t.size() && groups.size() < 4;) {
+    groups.push_back(static_cast<int>(i));
+    if (t[i].CType != ctFunction) {
+      ++i;
+      continue;
+    }
+    int depth = 0;
+    for (; i < t.size(); ++i)
+      if (t[i].CType == ctOpenPar)
+        ++depth;
+      else if (t[i].CType == ctClosePar && --depth <= 0)
+        break;
+    ++i;
+  }
+  static const int kFrom[5][4] = {{}, {0, 0, 0, 0}, {0, 1, 0, 1}, {0, 1, 2, 1}, {0, 1, 2, 3}};
+  return groups.empty() ? -1 : groups[static_cast<size_t>(kFrom[groups.size()][side & 3])];
+}
+
+// Decodes the token at Index of a value (a calc() only as the first token,
+// where its tokens begin).
+bool decode_at(const TCSSValue& v, int index, TMeasure& m) {
+  if (index < 0 || static_cast<size_t>(index) >= v.Tokens.size())
+    return false;
+  if (index > 0 && v.Tokens[static_cast<size_t>(index)].CType == ctFunction)
+    return false;
+  const TMeasureContext* style = m.Style;
+  const float* parent = m.Parent;
+  TCSSTokenSequence seq = detail::value_seq(v);
+  seq.Next(index);
+  m.Decode(seq);
+  m.Style = style;
+  m.Parent = parent;
+  return true;
+}
+
+bool is_width_word(const TCSSToken& t) {
+  return detail::is_word(t, u"thin") || detail::is_word(t, u"medium") || detail::is_word(t, u"thick");
+}
+
+void zero_px(TMeasure& m) {
+  m.Flags = {mfNotAuto, mfZero};
+  m.FMUnit = muPX;
+  m.FValue = 0;
+}
 
 } // namespace
 
+// Box sides: 0 px unless declared; margins keep "auto".
+#define HT_BOX_GETTER(Name, Longhand, Four, Side)                                                            \
+  TMeasure TBaseElementStyle::Name() {                                                                       \
+    const float* base = ContainerWidth();                                                                    \
+    TMeasure m = fresh(this, base);                                                                          \
+    const TCSSValue* v = side_value(*this, Longhand, Four);                                                  \
+    if (v && v->Prop->Prop != Longhand && !v->IsInherit) {                                                   \
+      if (!decode_at(*v, four_token(*v, Side), m))                                                           \
+        zero_px(m);                                                                                          \
+    } else if (v) {                                                                                          \
+      GetMeasureProp(Longhand, m, true, false, base);                                                        \
+    } else {                                                                                                 \
+      zero_px(m);                                                                                            \
+    }                                                                                                        \
+    return m;                                                                                                \
+  }
+
+HT_BOX_GETTER(MarginTop, cspMarginTop, cspMargin, 0)
+HT_BOX_GETTER(MarginRight, cspMarginRight, cspMargin, 1)
+HT_BOX_GETTER(MarginBottom, cspMarginBottom, cspMargin, 2)
+HT_BOX_GETTER(MarginLeft, cspMarginLeft, cspMargin, 3)
+HT_BOX_GETTER(PaddingTop, cspPaddingTop, cspPadding, 0)
+HT_BOX_GETTER(PaddingRight, cspPaddingRight, cspPadding, 1)
+HT_BOX_GETTER(PaddingBottom, cspPaddingBottom, cspPadding, 2)
+HT_BOX_GETTER(PaddingLeft, cspPaddingLeft, cspPadding, 3)
+
+#undef HT_BOX_GETTER
+
 // A side without a visible style has no width, whatever was declared; one
-// with a style and no width has "medium".
+// with a style and no width has the initial "medium", 3 px as browsers draw it.
 static TMeasure border_width(TBaseElementStyle& s, int side) {
   TMeasure m;
   m.Init(&s);
   const TLineStyle ls = s.BorderSideStyle(side);
   if (ls == lsNone || ls == lsHidden) {
-    m.Flags = {mfNotAuto, mfZero};
-    m.FMUnit = muPX;
+    zero_px(m);
     return m;
   }
-  if (!s.GetMeasureProp(kBorderWidth[side], m, true, false, nullptr)) {
+  const TCSSValue* v = side_value(s, kBorderWidth[side], cspBorderWidth, kBorderSide[side]);
+  bool found = false;
+  if (v && v->Prop->Prop == kBorderWidth[side]) {
+    found = s.GetMeasureProp(kBorderWidth[side], m, true, false, nullptr);
+  } else if (v && v->Prop->Prop == cspBorderWidth) {
+    found = decode_at(*v, four_token(*v, side), m);
+  } else if (v) {
+    for (size_t i = 0; i < v->Tokens.size() && !found; ++i) {
+      const TCSSToken& t = v->Tokens[i];
+      if (t.CType == ctNumber || t.CType == ctDimension || is_width_word(t))
+        found = decode_at(*v, static_cast<int>(i), m);
+    }
+  }
+  if (!found || m.GetAuto()) {
     m.Flags = {mfNotAuto};
     m.FMUnit = muPX;
-    m.FValue = 2;
+    m.FValue = 3;
   }
   return m;
 }
@@ -415,9 +498,29 @@ uint32_t TBaseElementStyle::BackgroundColor() {
 }
 
 uint32_t TBaseElementStyle::BorderSideColor(int Side) {
+  Side &= 3;
   uint32_t c = 0;
-  if (GetColorProp(kBorderColor[Side & 3], c, true, false))
-    return c;
+  const TCSSValue* v = side_value(*this, kBorderColor[Side], cspBorderColor, kBorderSide[Side]);
+  if (v && v->Prop->Prop == kBorderColor[Side]) {
+    if (GetColorProp(kBorderColor[Side], c, true, false))
+      return c;
+  } else if (v) {
+    // The four-side form by position; a side shorthand: its one colour, if any.
+    const int at = v->Prop->Prop == cspBorderColor ? four_token(*v, Side) : -1;
+    for (size_t i = 0; i < v->Tokens.size(); ++i) {
+      if (at >= 0 && static_cast<int>(i) != at)
+        continue;
+      const TCSSToken& t = v->Tokens[i];
+      int ls;
+      if (is_width_word(t) ||
+          (t.CType == ctIdent && IsEnum2(u"ls", t.Name.view(), TypeInfo<TLineStyle>(), ls)))
+        continue;
+      TCSSTokenSequence seq = detail::value_seq(*v);
+      seq.Next(static_cast<int>(i));
+      if ((t.CType == ctIdent || t.CType == ctHash || t.CType == ctFunction) && ReadCSSColor(seq, c))
+        return c;
+    }
+  }
   if (FElement && (c = FElement->DefaultBorderColor()) != 0)
     return c;
   return TextColor();
@@ -485,7 +588,18 @@ HT_ENUM_GETTER(TCSSFontStyle, FontStyle, cspFontStyle, cfsNormal)
 #undef HT_ENUM_GETTER
 
 TLineStyle TBaseElementStyle::BorderSideStyle(int Side) const {
-  return static_cast<TLineStyle>(GetEnumProp(kBorderStyle[Side & 3], false, lsNone));
+  Side &= 3;
+  const TCSSValue* v = side_value(*this, kBorderStyle[Side], cspBorderStyle, kBorderSide[Side]);
+  if (!v || v->Prop->Prop == kBorderStyle[Side])
+    return static_cast<TLineStyle>(GetEnumProp(kBorderStyle[Side], false, lsNone));
+  const int at = v->Prop->Prop == cspBorderStyle ? four_token(*v, Side) : -1;
+  for (size_t i = 0; i < v->Tokens.size(); ++i) {
+    TLineStyle ls;
+    if ((at < 0 || static_cast<int>(i) == at) && v->Tokens[i].CType == ctIdent &&
+        IsEnum2(u"ls", v->Tokens[i].Name.view(), ls))
+      return ls;
+  }
+  return lsNone; // a side shorthand without a style resets it
 }
 TLineStyle TBaseElementStyle::BorderTopStyle() const { return BorderSideStyle(0); }
 TLineStyle TBaseElementStyle::BorderRightStyle() const { return BorderSideStyle(1); }
@@ -618,8 +732,12 @@ int TBaseElementStyle::FontWeight() const {
     break;
   }
   for (auto it = relative.rbegin(); it != relative.rend(); ++it)
-    weight = *it == fwBolder ? (weight < 400 ? 400 : weight < 600 ? 700 : 900)
-                             : (weight < 600 ? 100 : weight < 800 ? 400 : 700);
+    weight = *it == fwBolder ? (weight < 400   ? 400
+                                : weight < 600 ? 700
+                                               : 900)
+                             : (weight < 600   ? 100
+                                : weight < 800 ? 400
+                                               : 700);
   return weight;
 }
 

@@ -198,7 +198,38 @@ TEST(ElementStyle, BoxSides) {
   EXPECT_EQ(c->BorderLeftColor(), c->TextColor());
   TBaseElementStyle* e = d.S(u"d");
   EXPECT_EQ(e->BorderTopWidthPx(), 0);
-  EXPECT_EQ(e->BorderRightWidthPx(), 2);
+  EXPECT_EQ(e->BorderRightWidthPx(), 3);
+}
+
+TEST(ElementStyle, SidesFromShorthands) {
+  // Three values leave the left longhand out; the side shorthands have none.
+  TDoc d(u"<p id=a>x</p><p id=b>y</p><p id=c>z</p>",
+         u"#a { margin-left: 9px; margin: 1px 2px 3px; padding: 4px 5px 6px }"
+         u" #b { border-top: 4px solid red; border-bottom: 6px dotted; border-left: solid blue thin }"
+         u" #c { border-width: 1px 2px 3px; border-style: solid dashed; border-color: red lime blue }");
+  TBaseElementStyle* a = d.S(u"a");
+  EXPECT_EQ(a->MarginTopPx(), 1);
+  EXPECT_EQ(a->MarginRightPx(), 2);
+  EXPECT_EQ(a->MarginBottomPx(), 3);
+  EXPECT_EQ(a->MarginLeftPx(), 2);
+  EXPECT_EQ(a->PaddingLeftPx(), 5);
+  TBaseElementStyle* b = d.S(u"b");
+  EXPECT_EQ(b->BorderTopWidthPx(), 4);
+  EXPECT_EQ(b->BorderTopStyle(), lsSolid);
+  EXPECT_EQ(b->BorderTopColor(), 0xFFFF0000u);
+  EXPECT_EQ(b->BorderBottomWidthPx(), 6);
+  EXPECT_EQ(b->BorderBottomStyle(), lsDotted);
+  EXPECT_EQ(b->BorderBottomColor(), b->TextColor());
+  EXPECT_EQ(b->BorderLeftWidthPx(), 1);
+  EXPECT_EQ(b->BorderLeftColor(), 0xFF0000FFu);
+  EXPECT_EQ(b->BorderRightWidthPx(), 0);
+  EXPECT_TRUE(b->GeneralProps & CGBit(cgBorder));
+  TBaseElementStyle* c = d.S(u"c");
+  EXPECT_EQ(c->BorderLeftWidthPx(), 2);
+  EXPECT_EQ(c->BorderLeftStyle(), lsDashed);
+  EXPECT_EQ(c->BorderBottomStyle(), lsSolid);
+  EXPECT_EQ(c->BorderLeftColor(), 0xFF00FF00u);
+  EXPECT_EQ(c->BorderBottomColor(), 0xFF0000FFu);
 }
 
 TEST(ElementStyle, BackgroundSetsTheGeneralBit) {
