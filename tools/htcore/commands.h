@@ -125,6 +125,8 @@ int CmdCss(int argc, char** argv);
 
 // query [--paths] FILE SELECTOR
 int CmdQuery(int argc, char** argv);
+// style FILE [--css FILE]... [--width N] [--props a,b,...]
+int CmdStyle(int argc, char** argv);
 
 // path normalize|bounds|flatten [--tolerance T] 'PATH DATA'|-
 int CmdPath(int argc, char** argv);

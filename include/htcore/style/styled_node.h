@@ -164,6 +164,8 @@ public:
   void SetOuterHTML(const hstring& Value) override;
   void SetStyleClass(const hstring& Value) override;
   hstring GetInnerText() override;
+  // The computed value as CSS text (computed_css.h); empty before the cascade.
+  hstring ComputedCSS(const hstring& Name) override;
 
   // Geometry.
   void OffsetRects(float DX, float DY);
