@@ -167,7 +167,7 @@ bool named_value(TStyledHTMLNode* N, TBaseElementStyle& S, std::u16string_view N
   else if (Name == u"color")
     Text = CSSColorText(S.TextColor());
   else if (Name == u"background-color")
-    Text = CSSColorText(S.BackgroundColor());
+    Text = (S.BackgroundColor() >> 24) == 0 ? u"rgba(0, 0, 0, 0)"_hs : CSSColorText(S.BackgroundColor());
   else if (Name == u"font-family")
     Text = font_family(S);
   else if (Name == u"font-size")

@@ -291,4 +291,47 @@ int TStyleDriver::Run() {
   return count;
 }
 
+bool TStyleDriver::ResolveVariable(TCSSTokenSequence& Seq) const {
+  bool replaced = false;
+  for (int level = 0; level < 8; ++level) {
+    if (!Seq.T || !Seq.FPTokens || Seq.T->CType != ctFunction || !SameText(Seq.T->Name, u"var"))
+      break;
+    const TCSSTokens& toks = *Seq.FPTokens;
+    size_t i = static_cast<size_t>(Seq.Index) + 1;
+    if (i < toks.size() && toks[i].CType == ctOpenPar) // a function's bracket is a token of its own
+      ++i;
+    if (i >= toks.size())
+      break;
+    std::u16string_view name = toks[i].Name.view();
+    if (name.starts_with(u"--"))
+      name.remove_prefix(2);
+    std::shared_ptr<TCSSTokens> with;
+    const hstring key(name);
+    for (auto s = FSheets.rbegin(); s != FSheets.rend() && !with; ++s)
+      if (auto it = (*s)->Variables.find(key); it != (*s)->Variables.end())
+        with = std::make_shared<TCSSTokens>(it->second.Tokens);
+    if (!with) {
+      // The fallback: behind the first comma, up to the bracket that closes var(.
+      ++i;
+      if (i >= toks.size() || toks[i].CType != ctComma)
+        break;
+      with = std::make_shared<TCSSTokens>();
+      int depth = 0;
+      for (++i; i < toks.size(); ++i) {
+        const TCSSToken& t = toks[i];
+        if (t.CType == ctClosePar && depth-- == 0)
+          break;
+        if (t.CType == ctOpenPar)
+          ++depth;
+        with->push_back(t);
+      }
+    }
+    if (with->empty())
+      break;
+    Seq.InitStore(std::move(with));
+    replaced = true;
+  }
+  return replaced;
+}
+
 } // namespace ht

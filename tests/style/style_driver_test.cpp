@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <map>
+#include <memory>
 #include <string>
 
 using namespace ht;
@@ -200,4 +201,36 @@ TEST(StyleDriver, QueryListsReadComputedValues) {
   l->AddClass(u"a"_hs);
   driver.Run();
   EXPECT_EQ(u8(l->Last().GetCSS(u"color"_hs)), "rgb(0, 0, 255)");
+}
+
+namespace {
+
+struct TVarStyle : TBaseElementStyle {
+  using TBaseElementStyle::TBaseElementStyle;
+  void GetCSSVariable(TCSSTokenSequence& Seq) override {
+    if (Driver)
+      Driver->ResolveVariable(Seq);
+  }
+  static inline const TStyleDriver* Driver = nullptr;
+};
+
+class TVarNode : public TStyledHTMLNode {
+  HT_NODE_CLASS(TVarNode)
+public:
+  std::unique_ptr<TBaseElementStyle> CreateStyle() override { return std::make_unique<TVarStyle>(this); }
+};
+
+} // namespace
+
+TEST(StyleDriver, VariablesThroughTheHostStyle) {
+  TVarNode doc;
+  doc.Parse(u"<style>:root { --main: #f00 } p { color: var(--main); background-color: var(--none, #00f) }"
+            u"</style><style>* { --main: #0f0 }</style><p id=t>x"_hs);
+  TStyleDriver driver(&doc);
+  TVarStyle::Driver = &driver;
+  driver.Run();
+  TStyledHTMLNode* t = by_id(doc, u"t");
+  EXPECT_EQ(css(t, u"color"), "rgb(0, 255, 0)"); // the last sheet's definition
+  EXPECT_EQ(css(t, u"background-color"), "rgb(0, 0, 255)");
+  TVarStyle::Driver = nullptr;
 }

@@ -7,6 +7,7 @@
 #include "commands.h"
 #include "htcore/foundation/text_utils.h"
 #include "htcore/style/computed_css.h"
+#include "htcore/style/element_style.h"
 #include "htcore/style/style_driver.h"
 #include "htcore/style/styled_node.h"
 
@@ -14,6 +15,7 @@
 #include <cctype>
 #include <exception>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -23,6 +25,17 @@ namespace {
 
 float g_width = 1024, g_height = 768;
 bool g_quirks = false;
+const ht::TStyleDriver* g_driver = nullptr;
+
+// var() reads the variables of the driver's sheets.
+class TStyleToolStyle : public ht::TBaseElementStyle {
+public:
+  using TBaseElementStyle::TBaseElementStyle;
+  void GetCSSVariable(ht::TCSSTokenSequence& Seq) override {
+    if (g_driver)
+      g_driver->ResolveVariable(Seq);
+  }
+};
 
 // The tool's node: the viewport and the document mode come from the command line and the doctype.
 class TStyleToolNode : public ht::TStyledHTMLNode {
@@ -32,6 +45,7 @@ public:
   float GetViewPortWidth() const override { return g_width; }
   float GetViewPortHeight() const override { return g_height; }
   bool QuirksMode() override { return g_quirks; }
+  std::unique_ptr<ht::TBaseElementStyle> CreateStyle() override { return std::make_unique<TStyleToolStyle>(this); }
 };
 
 const char* const kDefaultProps[] = {
@@ -151,6 +165,7 @@ int CmdStyle(int argc, char** argv) {
     TStyleToolNode doc;
     doc.ParseBytes(bytes.data(), bytes.size());
     ht::TStyleDriver driver(&doc);
+    g_driver = &driver;
     driver.QuirksMode = g_quirks;
     // Linked sheets are read from disk beside the document; other URLs are left out.
     driver.BaseURL = ht::hstring::FromUtf8(std::string(file) == "-" ? std::string("./") : dir_of(file));

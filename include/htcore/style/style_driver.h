@@ -70,6 +70,13 @@ public:
   // styled.
   void StyleElement(TStyledHTMLNode* Node);
 
+  // Replaces Seq, standing on a var( function, by the tokens of that variable
+  // as the last sheet defining it has it, or by the fallback behind the comma;
+  // nested var( are followed a few levels. A host's style class calls it
+  // from its GetCSSVariable. False when Seq stands on no var( or nothing
+  // replaces it.
+  bool ResolveVariable(TCSSTokenSequence& Seq) const;
+
   // The sheets in cascade order after the default ones: the document's, then the host's.
   const std::vector<TCSSStyleSheet*>& Sheets() const noexcept { return FSheets; }
   TStyledHTMLNode* Root() const noexcept { return FRoot; }
