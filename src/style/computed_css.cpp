@@ -137,25 +137,22 @@ bool named_value(TStyledHTMLNode* N, TBaseElementStyle& S, std::u16string_view N
       Text = length_text((S.*l.getter)());
       return true;
     }
-  static const char16_t* const kBorderWidths[] = {u"border-top-width", u"border-right-width",
-                                                  u"border-bottom-width", u"border-left-width"};
-  for (int side = 0; side < 4; ++side)
-    if (Name == kBorderWidths[side]) {
-      Text = border_width(S, side);
-      return true;
-    }
-  static const char16_t* const kBorderStyles[] = {u"border-top-style", u"border-right-style",
-                                                  u"border-bottom-style", u"border-left-style"};
-  for (int side = 0; side < 4; ++side)
-    if (Name == kBorderStyles[side]) {
-      Text = keyword_of(S.BorderSideStyle(side));
-      return true;
-    }
-  static const char16_t* const kBorderColors[] = {u"border-top-color", u"border-right-color",
-                                                  u"border-bottom-color", u"border-left-color"};
-  for (int side = 0; side < 4; ++side)
-    if (Name == kBorderColors[side]) {
-      Text = CSSColorText(S.BorderSideColor(side));
+  // border-SIDE-width, -style and -color.
+  static const std::u16string_view kSides[] = {u"top", u"right", u"bottom", u"left"};
+  if (Name.starts_with(u"border-"))
+    for (int side = 0; side < 4; ++side) {
+      std::u16string_view rest = Name.substr(7);
+      if (!rest.starts_with(kSides[side]) || rest.substr(kSides[side].size(), 1) != u"-")
+        continue;
+      rest.remove_prefix(kSides[side].size() + 1);
+      if (rest == u"width")
+        Text = border_width(S, side);
+      else if (rest == u"style")
+        Text = keyword_of(S.BorderSideStyle(side));
+      else if (rest == u"color")
+        Text = CSSColorText(S.BorderSideColor(side));
+      else
+        return false;
       return true;
     }
   if (Name == u"display")

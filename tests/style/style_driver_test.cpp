@@ -58,6 +58,16 @@ TEST(StyleDriver, CascadeOrderEndToEnd) {
       {u"<style>@media print { p { color: red } } p { color: blue }</style><p id=t>x", u"color",
        "rgb(0, 0, 255)"},
       {u"<style media=print>p { color: red }</style><p id=t>x", u"color", "rgb(0, 0, 0)"},
+      // Computed texts.
+      {u"<p id=t style='border: 2px solid red'>x", u"border-left-width", "2px"},
+      {u"<p id=t style='border-width: 2px'>x", u"border-left-width", "0px"},
+      {u"<p id=t style='border: 2px solid red'>x", u"border-top-color", "rgb(255, 0, 0)"},
+      {u"<p id=t style='width: 50%; margin-left: auto'>x", u"width", "50%"},
+      {u"<p id=t style='width: 50%; margin-left: auto'>x", u"margin-left", "auto"},
+      {u"<p id=t style='display: inline-block; font-weight: bold'>x", u"display", "inline-block"},
+      {u"<p id=t style='font-weight: bold'>x", u"font-weight", "700"},
+      {u"<p id=t style='font-size: 10px; line-height: 2'>x", u"line-height", "20px"},
+      {u"<p id=t>x", u"no-such", "<null>"},
       // Pseudo-classes of the tree.
       {u"<style>li:first-child { color: red }</style><ul><li id=t>a<li>b</ul>", u"color", "rgb(255, 0, 0)"},
   };
