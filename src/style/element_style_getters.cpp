@@ -779,30 +779,27 @@ void TBaseElementStyle::GetTransform(TTransform& T, bool UseTransitions) {
   (void)UseTransitions;
 }
 
-bool TBaseElementStyle::BoxShadow(TElementShadow& Shadow) {
-  Shadow.Style = this;
-  Shadow.Reset();
-  const TCSSValue* v = FindEffective(cspBoxShadow, false);
+// A shadow without a colour takes the text colour.
+static bool read_shadow(TBaseElementStyle& s, TCSSProperty prop, bool inherit, TElementShadow& shadow,
+                        void (TElementShadow::*parse)(TCSSTokenSequence&)) {
+  shadow.Style = &s;
+  shadow.Reset();
+  const TCSSValue* v = s.FindEffective(prop, inherit);
   if (!v)
     return false;
   TCSSTokenSequence seq = detail::value_seq(*v);
-  Shadow.Parse(seq);
-  if (Shadow.Color == 0)
-    Shadow.Color = TextColor();
-  return !Shadow.NoShadow();
+  (shadow.*parse)(seq);
+  if (shadow.Color == 0)
+    shadow.Color = s.TextColor();
+  return !shadow.NoShadow();
+}
+
+bool TBaseElementStyle::BoxShadow(TElementShadow& Shadow) {
+  return read_shadow(*this, cspBoxShadow, false, Shadow, &TElementShadow::Parse);
 }
 
 bool TBaseElementStyle::TextShadow(TElementShadow& Shadow) {
-  Shadow.Style = this;
-  Shadow.Reset();
-  const TCSSValue* v = FindEffective(cspTextShadow, true);
-  if (!v)
-    return false;
-  TCSSTokenSequence seq = detail::value_seq(*v);
-  Shadow.ParseTextShadow(seq);
-  if (Shadow.Color == 0)
-    Shadow.Color = TextColor();
-  return !Shadow.NoShadow();
+  return read_shadow(*this, cspTextShadow, true, Shadow, &TElementShadow::ParseTextShadow);
 }
 
 bool TBaseElementStyle::NoShadow() const {
