@@ -216,27 +216,18 @@ bool TStyledHTMLNode::RemoveVirtualCSS(std::u16string_view Name) {
   return true;
 }
 
-void TStyledHTMLNode::AddVirtualCSS(const hstring& Text) {
-  if (FTag.empty())
-    return;
-  std::vector<std::u16string> names;
-  std::u16string added;
-  for_each_declaration(Text.view(), [&](std::u16string_view name, std::u16string_view d) {
-    names.emplace_back(name);
-    added += d;
-    added += u';';
-  });
-  if (added.empty())
-    return;
-  if (!FVirtualSelfStyle.empty())
+void TStyledHTMLNode::AddVirtualText(std::u16string_view Added, const std::vector<std::u16string_view>& Names) {
+  // A name not in the text at all needs no pass over its declarations.
+  if (!FVirtualSelfStyle.empty() &&
+      std::any_of(Names.begin(), Names.end(), [&](std::u16string_view n) { return Pos(n, FVirtualSelfStyle.view()); }))
     erase_declarations(FVirtualSelfStyle, [&](std::u16string_view n) {
-      return std::any_of(names.begin(), names.end(), [&](const std::u16string& a) { return SameText(a, n); });
+      return std::any_of(Names.begin(), Names.end(), [&](std::u16string_view a) { return SameText(a, n); });
     });
-  FVirtualSelfStyle += std::u16string_view(added);
+  FVirtualSelfStyle += Added;
   if (SelfStyleSheet && HasFlag(efSelfStyleProcessed)) {
     SnapshotStyle();
     UniqueSelfStyle();
-    parse_into(*SelfStyleSheet, hstring(added.data(), added.size()), kInlineWeight);
+    parse_into(*SelfStyleSheet, hstring(Added), kInlineWeight);
     SelfStyleEdited(false);
   } else {
     Flags &= ~EFBit(efSelfStyleProcessed);
@@ -244,8 +235,41 @@ void TStyledHTMLNode::AddVirtualCSS(const hstring& Text) {
   }
 }
 
+void TStyledHTMLNode::AddVirtualCSS(const hstring& Text) {
+  if (FTag.empty())
+    return;
+  std::vector<std::u16string_view> names;
+  std::u16string added;
+  for_each_declaration(Text.view(), [&](std::u16string_view name, std::u16string_view d) {
+    names.push_back(name);
+    added += d;
+    added += u';';
+  });
+  if (!added.empty())
+    AddVirtualText(added, names);
+}
+
+// The way of every presentational attribute while a page is parsed: one
+// declaration, no text to cut up.
 void TStyledHTMLNode::AddVirtualCSS2(const hstring& Name, const hstring& Value) {
-  AddVirtualCSS(Name + u":" + Value);
+  if (FTag.empty() || Name.empty())
+    return;
+  // One value: what an attribute has behind a semicolon declares nothing.
+  std::u16string_view value;
+  bool first = true;
+  for_each_declaration(Value.view(), [&](std::u16string_view, std::u16string_view d) {
+    if (first)
+      value = d, first = false;
+  });
+  if (value.empty())
+    return;
+  std::u16string added;
+  added.reserve(Name.size() + value.size() + 2);
+  added += Name.view();
+  added += u':';
+  added += value;
+  added += u';';
+  AddVirtualText(added, {Name.view()});
 }
 
 void TStyledHTMLNode::CSS(const hstring& Text) { AddVirtualCSS(Text); }

@@ -132,6 +132,8 @@ TEST(StyledNode, PresentationalAttributes) {
        "margin-top:6px;margin-bottom:6px;color:green"},
       {u"<div leftmargin=3>x</div>", u"div", "<none>"},
       {u"<div style='color:red' bgcolor=blue>x</div>", u"div", "color:red;background-color:blue"},
+      {u"<div bgcolor='red; position: fixed'>x</div>", u"div", "background-color:red"}, // no smuggling
+      {u"<font face='\"a;b\", serif'>x</font>", u"font", "font-family:a;b , serif"},
       // The presentational value comes after the style attribute and replaces it.
       {u"<div style='color:red' color=blue>x</div>", u"div", "color:blue"},
   };

@@ -31,6 +31,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 namespace ht {
@@ -257,6 +258,8 @@ private:
   // Ends an edit of the own sheet: the style attribute with Persist, then a restyle.
   void SelfStyleEdited(bool Persist);
   void SnapshotStyle();
+  // Appends declarations to FVirtualSelfStyle in place of those of Names.
+  void AddVirtualText(std::u16string_view Added, const std::vector<std::u16string_view>& Names);
   // Takes the declaration of Name out of FVirtualSelfStyle; true when there was one.
   bool RemoveVirtualCSS(std::u16string_view Name);
 };
