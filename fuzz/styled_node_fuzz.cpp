@@ -3,6 +3,7 @@
 // between elements and copied on write, AddCSS/AddVirtualCSS/ClearCSS with
 // and without writing back, class edits, counters and pseudo elements. The
 // first byte picks which edits run; the rest is the page.
+#include "htcore/foundation/text_utils.h"
 #include "htcore/style/css_cascade.h"
 #include "htcore/style/css_sheet.h"
 #include "htcore/style/styled_node.h"
@@ -10,6 +11,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <vector>
+
+using ht::operator""_hs;
 
 namespace {
 
