@@ -6,6 +6,7 @@
 #include "htcore/foundation/number_format.h"
 #include "htcore/foundation/text_utils.h"
 #include "htcore/style/css_sheet.h"
+#include "style/styled_node_walk.h"
 
 #include <algorithm>
 #include <vector>
@@ -318,18 +319,9 @@ void TStyledHTMLNode::SetFlag(TElementFlag Flag, bool Value, bool Up, bool Down,
     }
   if (!Down)
     return;
-  // Iterative, so that any depth can be walked. The pseudo elements go down
-  // only: their owner has gone up already.
+  // The pseudo elements go down only: their owner has gone up already.
   std::vector<TStyledHTMLNode*> stack;
-  auto push_children = [&stack](const TStyledHTMLNode* n) {
-    for (TStyledHTMLNode* p : {n->Before.get(), n->After.get(), n->Marker.get()})
-      if (p)
-        stack.push_back(p);
-    for (THtNode* c = n->FirstChild(); c; c = c->NextSibling())
-      if (auto* s = dynamic_cast<TStyledHTMLNode*>(c))
-        stack.push_back(s);
-  };
-  push_children(this);
+  detail::PushStyledChildren(stack, this, true);
   while (!stack.empty()) {
     TStyledHTMLNode* n = stack.back();
     stack.pop_back();
@@ -337,7 +329,7 @@ void TStyledHTMLNode::SetFlag(TElementFlag Flag, bool Value, bool Up, bool Down,
       continue;
     apply_flag(n, Flag, Value);
     if (n != Stop)
-      push_children(n);
+      detail::PushStyledChildren(stack, n, true);
   }
 }
 

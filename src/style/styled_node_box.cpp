@@ -4,6 +4,7 @@
 #include "htcore/style/styled_node.h"
 
 #include "htcore/foundation/text_utils.h"
+#include "style/styled_node_walk.h"
 
 #include <limits>
 #include <utility>
@@ -188,12 +189,7 @@ void TStyledHTMLNode::OffsetRects(float DX, float DY) {
     TStyledHTMLNode* n = stack.back();
     stack.pop_back();
     ROffset(n->OuterRect, DX, DY);
-    for (TStyledHTMLNode* p : {n->Before.get(), n->After.get(), n->Marker.get()})
-      if (p)
-        stack.push_back(p);
-    for (THtNode* c = n->FirstChild(); c; c = c->NextSibling())
-      if (auto* s = dynamic_cast<TStyledHTMLNode*>(c))
-        stack.push_back(s);
+    detail::PushStyledChildren(stack, n, true);
   }
 }
 
@@ -240,33 +236,19 @@ float TStyledHTMLNode::StyleHeight() {
   return m.GetAuto() ? -1 : m.GetFPixels();
 }
 
-float TStyledHTMLNode::MinWidth() {
-  if (!FStyle)
-    return 0;
-  TMeasure m = FStyle->MinWidth();
-  return m.GetAuto() ? 0 : m.GetFPixels();
-}
+namespace {
 
-float TStyledHTMLNode::MaxWidth() {
-  if (!FStyle)
-    return std::numeric_limits<float>::max();
-  TMeasure m = FStyle->MaxWidth();
-  return m.GetAuto() ? std::numeric_limits<float>::max() : m.GetFPixels();
-}
+// The pixels of a min or max measure; Auto when it is auto (or "none").
+float limit_px(TMeasure M, float Auto) { return M.GetAuto() ? Auto : M.GetFPixels(); }
 
-float TStyledHTMLNode::MinHeight() {
-  if (!FStyle)
-    return 0;
-  TMeasure m = FStyle->MinHeight();
-  return m.GetAuto() ? 0 : m.GetFPixels();
-}
+constexpr float kNoLimit = std::numeric_limits<float>::max();
 
-float TStyledHTMLNode::MaxHeight() {
-  if (!FStyle)
-    return std::numeric_limits<float>::max();
-  TMeasure m = FStyle->MaxHeight();
-  return m.GetAuto() ? std::numeric_limits<float>::max() : m.GetFPixels();
-}
+} // namespace
+
+float TStyledHTMLNode::MinWidth() { return FStyle ? limit_px(FStyle->MinWidth(), 0) : 0; }
+float TStyledHTMLNode::MaxWidth() { return FStyle ? limit_px(FStyle->MaxWidth(), kNoLimit) : kNoLimit; }
+float TStyledHTMLNode::MinHeight() { return FStyle ? limit_px(FStyle->MinHeight(), 0) : 0; }
+float TStyledHTMLNode::MaxHeight() { return FStyle ? limit_px(FStyle->MaxHeight(), kNoLimit) : kNoLimit; }
 
 // --- The containing block ---
 

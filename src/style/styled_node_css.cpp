@@ -6,6 +6,7 @@
 #include "htcore/foundation/text_utils.h"
 #include "htcore/style/css_sheet.h"
 #include "htcore/style/styled_node.h"
+#include "style/styled_node_walk.h"
 
 #include <algorithm>
 #include <string>
@@ -300,9 +301,7 @@ template <class F> void walk_elements(TStyledHTMLNode* Root, F&& f) {
     if (n->IsText() || !f(n))
       continue;
     size_t at = stack.size();
-    for (THtNode* c = n->FirstChild(); c; c = c->NextSibling())
-      if (auto* s = dynamic_cast<TStyledHTMLNode*>(c))
-        stack.push_back(s);
+    detail::PushStyledChildren(stack, n, false);
     std::reverse(stack.begin() + static_cast<std::ptrdiff_t>(at), stack.end());
   }
 }
