@@ -46,6 +46,7 @@ html_tokenizer_fuzz) kind=html modes=('\x00' '\x02' '\x04' '\x08' '\x10') ;; # U
 html_parse_fuzz) kind=html modes=('\x00' '\x02' '\x03' '\x04') limit=199999 ;; # bytes; inner, outer, added HTML
 html_roundtrip_fuzz) kind=html modes=('\x00') limit=99999 ;;
 styled_node_fuzz) kind=html modes=('\x0f' '\x33' '\x52' '\xff') limit=99999 ;; # which edits run
+style_driver_fuzz) kind=html modes=('\x00' '\x02' '\x04') limit=99999 ;; # page; restyled; new width
 xml_node_fuzz) kind=xml ;;
 xpath_fuzz) kind=xml modes=('//*[@id]\n' '//a/@href\n' '/*/*[2]/*\n' '//*[text()]\n' '//title\n') limit=65536 ;;
 template_fuzz) kind=xml modes=('\x00' '\x01' '\x02' '\x03') limit=8191 ;;

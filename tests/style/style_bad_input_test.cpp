@@ -1,0 +1,243 @@
+// Hostile documents through the whole style road: a 10,000-level tree, an
+// element with thousands of classes, a sheet of 100k rules, a megabyte style
+// attribute. None may overflow the stack, and the cascade must stay linear:
+// each case runs at size n and 4n and the second may take at most ten times
+// the first (a quadratic cascade takes sixteen). Thread CPU time, the best of
+// three, keeps a loaded machine from deciding.
+#include "htcore/foundation/hstring.h"
+#include "htcore/foundation/text_utils.h"
+#include "htcore/style/element_style.h"
+#include "htcore/style/style_driver.h"
+#include "htcore/style/styled_node.h"
+
+#include <gtest/gtest.h>
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <string>
+#include <time.h>
+
+using namespace ht;
+
+namespace {
+
+double cpu_seconds() {
+  timespec t{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+  return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
+}
+
+// Best of three runs of Step(n), in seconds.
+double best_time(const std::function<void(int)>& Step, int n) {
+  double best = 1e9;
+  for (int i = 0; i < 3; ++i) {
+    double t0 = cpu_seconds();
+    Step(n);
+    best = std::min(best, cpu_seconds() - t0);
+  }
+  return best;
+}
+
+// Step(4n) takes at most ten times Step(n), with a floor that keeps timer
+// granularity out of it.
+void expect_linear(const char* what, const std::function<void(int)>& Step, int n) {
+  double small = std::max(best_time(Step, n), 2e-3);
+  double large = best_time(Step, 4 * n);
+  EXPECT_LT(large, 10 * small) << what << ": n=" << n << " took " << small << " s, 4n took " << large << " s";
+}
+
+std::u16string num(int i) { return std::u16string(hstring(IntToStr(i)).view()); }
+
+// Every kind of getter, so that a walk up the tree or a resolution that
+// recurses shows itself.
+void read_style(TStyledHTMLNode* e) {
+  TBaseElementStyle* s = e->Style();
+  ASSERT_TRUE(s);
+  s->FontSize().GetFPixels();
+  s->LineHeight().GetFPixels();
+  s->Width();
+  s->Height();
+  s->MarginLeftPx();
+  s->PaddingTopPx();
+  s->BorderLeftWidthPx();
+  s->TextColor();
+  s->BackgroundColor();
+  s->TextAlign();
+  s->FontFamily();
+  s->FontWeight();
+  s->Opacity();
+  s->ListStyleType();
+  s->OverflowX();
+  s->Direction();
+}
+
+// A chain of Depth nested divs under the body, built in slices the parser
+// takes whole (it flattens deeper nesting of one text).
+std::unique_ptr<TStyledHTMLNode> deep_document(int Depth, const std::u16string& Sheet) {
+  auto doc = std::make_unique<TStyledHTMLNode>();
+  doc->Parse(hstring(u"<html><head><style>" + Sheet + u"</style></head><body></body></html>"));
+  THtNode* at = doc->FindNode(u"body"_hs);
+  const int slice = 200;
+  std::u16string open, close;
+  for (int i = 0; i < slice; ++i) {
+    open += u"<div class=d>";
+    close += u"</div>";
+  }
+  for (int made = 0; made < Depth; made += slice) {
+    static_cast<THtmlNode*>(at)->SetInnerHTML(hstring(open + u"x" + close));
+    while (at->FirstChild() && !at->FirstChild()->FTag.empty())
+      at = at->FirstChild();
+  }
+  return doc;
+}
+
+TStyledHTMLNode* deepest(THtNode* root) {
+  THtNode* at = root->FindNode(u"body"_hs);
+  while (at->FirstChild() && !at->FirstChild()->FTag.empty())
+    at = at->FirstChild();
+  return static_cast<TStyledHTMLNode*>(at);
+}
+
+int depth_of(const THtNode* n) {
+  int d = 0;
+  for (; n->FParent; n = n->FParent)
+    ++d;
+  return d;
+}
+
+} // namespace
+
+TEST(StyleBadInput, DeepTreeNeitherOverflowsNorTurnsQuadratic) {
+  // Every level inherits explicitly, so that resolving the deepest element
+  // reaches the root through every ancestor.
+  const std::u16string sheet = u"div { font-size: inherit; line-height: inherit; color: inherit; "
+                               u"text-align: inherit; font-family: inherit; margin-left: 1px }"
+                               u"body { font-size: 20px; color: #123456; text-align: right; line-height: 1.5 }"
+                               u".d { padding-top: 1em }";
+  auto doc = deep_document(10000, sheet);
+  TStyledHTMLNode* last = deepest(doc.get());
+  ASSERT_GE(depth_of(last), 10000);
+  TStyleDriver driver(doc.get());
+  driver.Run();
+  read_style(last);
+  EXPECT_EQ(last->Style()->TextColor(), 0xFF123456u);
+  EXPECT_FLOAT_EQ(last->Style()->FontSize().GetFPixels(), 20);
+  EXPECT_EQ(last->Style()->TextAlign(), thRight);
+  EXPECT_FLOAT_EQ(last->MarginLeft, 1);
+  EXPECT_FLOAT_EQ(last->Style()->PaddingTopPx(), 20);
+
+  std::unique_ptr<TStyledHTMLNode> docs[2] = {deep_document(2500, sheet), deep_document(10000, sheet)};
+  expect_linear(
+      "deep tree",
+      [&](int n) {
+        TStyleDriver d(docs[n > 2500].get());
+        d.Run();
+      },
+      2500);
+}
+
+TEST(StyleBadInput, ThousandsOfClassesOnOneElement) {
+  // A fixed sheet that names some of the classes, simple and compound.
+  auto make = [](int classes) {
+    std::u16string sheet, list;
+    for (int i = 0; i < classes; ++i)
+      list += u"c" + num(i) + u" ";
+    for (int i = 0; i < 200; ++i)
+      sheet += u".c" + num(i * 7) + u" { margin-left: " + num(i) + u"px }"
+               u".c" + num(i) + u".c" + num(i + 1) + u" { color: #" + num(100 + i) + u"}";
+    auto doc = std::make_unique<TStyledHTMLNode>();
+    doc->Parse(hstring(u"<style>" + sheet + u"</style><p class='" + list + u"'>x</p><p class=c5>y</p>"));
+    return doc;
+  };
+  auto doc = make(5000);
+  TStyleDriver driver(doc.get());
+  driver.Run();
+  auto* p = static_cast<TStyledHTMLNode*>(doc->FindNode(u"p"_hs));
+  read_style(p);
+  EXPECT_FLOAT_EQ(p->MarginLeft, 199); // the last rule of equal weight wins
+  EXPECT_EQ(p->Style()->TextColor(), 0xFF229999u); // #299
+
+  std::unique_ptr<TStyledHTMLNode> docs[2] = {make(4000), make(16000)};
+  expect_linear(
+      "classes",
+      [&](int n) {
+        TStyleDriver d(docs[n > 4000].get());
+        d.Run();
+      },
+      4000);
+}
+
+TEST(StyleBadInput, HundredThousandRules) {
+  // Rules of every map: ids, classes, tags, attribute conditions, pseudo
+  // classes and descendants, over a small document.
+  auto make = [](int rules) {
+    std::u16string sheet = u"<style>";
+    for (int i = 0; i < rules; ++i) {
+      std::u16string n = num(i);
+      switch (i % 6) {
+      case 0: sheet += u"#i" + n + u" { color: red }"; break;
+      case 1: sheet += u".c" + n + u" { margin-top: 1px }"; break;
+      case 2: sheet += u"p.c" + num(i % 50) + u" { padding-left: " + num(i % 9) + u"px }"; break;
+      case 3: sheet += u"[data-x='" + n + u"'] { font-weight: bold }"; break;
+      case 4: sheet += u"li:nth-child(" + num(i % 7 + 1) + u") { text-align: right }"; break;
+      default: sheet += u"div .c" + num(i % 50) + u" span { color: blue }"; break;
+      }
+    }
+    sheet += u"</style>";
+    std::u16string body;
+    for (int i = 0; i < 50; ++i)
+      body += u"<div id=i" + num(i * 6) + u"><p class='c" + num(i) + u" c" + num(i * 6 + 1) + u"' data-x=" +
+              num(i * 6 + 3) + u"><span>x</span></p><ul><li>a<li>b</ul></div>";
+    auto doc = std::make_unique<TStyledHTMLNode>();
+    doc->Parse(hstring(sheet + body));
+    return doc;
+  };
+  auto doc = make(100000);
+  TStyleDriver driver(doc.get());
+  driver.Run();
+  for (THtNode* e = doc->FirstChild(); e; e = e->NextNode())
+    if (auto* s = dynamic_cast<TStyledHTMLNode*>(e); s && s->Style())
+      read_style(s);
+  auto* p = static_cast<TStyledHTMLNode*>(doc->FindNode(u"p"_hs));
+  EXPECT_EQ(p->Style()->FontWeight(), 700);
+  EXPECT_FLOAT_EQ(p->PaddingTop, 0);
+
+  std::unique_ptr<TStyledHTMLNode> docs[2] = {make(25000), std::move(doc)};
+  expect_linear(
+      "rules",
+      [&](int n) {
+        TStyleDriver d(docs[n > 25000].get());
+        d.Run();
+      },
+      25000);
+}
+
+TEST(StyleBadInput, MegabyteStyleAttribute) {
+  // Many declarations, then one huge value: the element's own sheet is
+  // parsed in the cascade.
+  auto make = [](int bytes) {
+    std::u16string decls;
+    for (int i = 0; decls.size() < static_cast<size_t>(bytes) / 2; ++i)
+      decls += u"margin-left: " + num(i % 100) + u"px; color: #" + num(100000 + i % 800000) + u"; ";
+    decls += u"font-family: '" + std::u16string(bytes / 2, u'a') + u"'; margin-left: 7px";
+    auto doc = std::make_unique<TStyledHTMLNode>();
+    doc->Parse(hstring(u"<div><p style=\"" + decls + u"\">x</p></div>"));
+    return doc;
+  };
+  auto doc = make(1 << 20);
+  TStyleDriver driver(doc.get());
+  driver.Run();
+  auto* p = static_cast<TStyledHTMLNode*>(doc->FindNode(u"p"_hs));
+  read_style(p);
+  EXPECT_FLOAT_EQ(p->MarginLeft, 7);
+  EXPECT_EQ(p->Style()->FontFamily().size(), (1u << 19));
+
+  expect_linear(
+      "style attribute",
+      [&](int n) {
+        auto d = make(n);
+        TStyleDriver r(d.get());
+        r.Run();
+      },
+      1 << 18);
+}
