@@ -166,6 +166,8 @@ void ReadAll(ht::TStyledHTMLNode* root) {
 
 } // namespace
 
+using ht::operator""_hs;
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0 || size > 100000)
     return 0;
