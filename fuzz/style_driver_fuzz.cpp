@@ -207,8 +207,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ReadAll(&doc);
   }
   if (mode >= 4) {
-    driver.SetViewport(320, 480);
-    driver.Run();
+    if (driver.SetViewport(320))
+      driver.Run();
     ReadAll(&doc);
   }
   return 0;

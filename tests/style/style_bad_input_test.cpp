@@ -48,6 +48,22 @@ void expect_linear(const char* what, const std::function<void(int)>& Step, int n
 
 std::u16string num(int i) { return std::u16string(hstring(IntToStr(i)).view()); }
 
+// A document with its driver, styled once (which parses the sheets); Restyle
+// runs the cascade alone again.
+struct TStyled {
+  std::unique_ptr<TStyledHTMLNode> Doc;
+  std::unique_ptr<TStyleDriver> Driver;
+
+  explicit TStyled(std::unique_ptr<TStyledHTMLNode> ADoc)
+      : Doc(std::move(ADoc)), Driver(std::make_unique<TStyleDriver>(Doc.get())) {
+    Driver->Run();
+  }
+  void Restyle() {
+    Driver->Invalidate();
+    Driver->Run();
+  }
+};
+
 // Every kind of getter, so that a walk up the tree or a resolution that
 // recurses shows itself.
 void read_style(TStyledHTMLNode* e) {
@@ -114,11 +130,9 @@ TEST(StyleBadInput, DeepTreeNeitherOverflowsNorTurnsQuadratic) {
                                u"text-align: inherit; font-family: inherit; margin-left: 1px }"
                                u"body { font-size: 20px; color: #123456; text-align: right; line-height: 1.5 }"
                                u".d { padding-top: 1em }";
-  auto doc = deep_document(10000, sheet);
-  TStyledHTMLNode* last = deepest(doc.get());
+  TStyled big(deep_document(10000, sheet));
+  TStyledHTMLNode* last = deepest(big.Doc.get());
   ASSERT_GE(depth_of(last), 10000);
-  TStyleDriver driver(doc.get());
-  driver.Run();
   read_style(last);
   EXPECT_EQ(last->Style()->TextColor(), 0xFF123456u);
   EXPECT_FLOAT_EQ(last->Style()->FontSize().GetFPixels(), 20);
@@ -126,14 +140,9 @@ TEST(StyleBadInput, DeepTreeNeitherOverflowsNorTurnsQuadratic) {
   EXPECT_FLOAT_EQ(last->MarginLeft, 1);
   EXPECT_FLOAT_EQ(last->Style()->PaddingTopPx(), 20);
 
-  std::unique_ptr<TStyledHTMLNode> docs[2] = {deep_document(2500, sheet), deep_document(10000, sheet)};
+  TStyled small(deep_document(2500, sheet));
   expect_linear(
-      "deep tree",
-      [&](int n) {
-        TStyleDriver d(docs[n > 2500].get());
-        d.Run();
-      },
-      2500);
+      "deep tree", [&](int n) { (n > 2500 ? big : small).Restyle(); }, 2500);
 }
 
 TEST(StyleBadInput, ThousandsOfClassesOnOneElement) {
@@ -149,22 +158,15 @@ TEST(StyleBadInput, ThousandsOfClassesOnOneElement) {
     doc->Parse(hstring(u"<style>" + sheet + u"</style><p class='" + list + u"'>x</p><p class=c5>y</p>"));
     return doc;
   };
-  auto doc = make(5000);
-  TStyleDriver driver(doc.get());
-  driver.Run();
-  auto* p = static_cast<TStyledHTMLNode*>(doc->FindNode(u"p"_hs));
+  TStyled doc(make(5000));
+  auto* p = static_cast<TStyledHTMLNode*>(doc.Doc->FindNode(u"p"_hs));
   read_style(p);
   EXPECT_FLOAT_EQ(p->MarginLeft, 199); // the last rule of equal weight wins
   EXPECT_EQ(p->Style()->TextColor(), 0xFF229999u); // #299
 
-  std::unique_ptr<TStyledHTMLNode> docs[2] = {make(4000), make(16000)};
+  TStyled docs[2] = {TStyled(make(4000)), TStyled(make(16000))};
   expect_linear(
-      "classes",
-      [&](int n) {
-        TStyleDriver d(docs[n > 4000].get());
-        d.Run();
-      },
-      4000);
+      "classes", [&](int n) { docs[n > 4000].Restyle(); }, 4000);
 }
 
 TEST(StyleBadInput, HundredThousandRules) {
@@ -192,24 +194,17 @@ TEST(StyleBadInput, HundredThousandRules) {
     doc->Parse(hstring(sheet + body));
     return doc;
   };
-  auto doc = make(100000);
-  TStyleDriver driver(doc.get());
-  driver.Run();
-  for (THtNode* e = doc->FirstChild(); e; e = e->NextNode())
+  TStyled big(make(100000));
+  for (THtNode* e = big.Doc->FirstChild(); e; e = e->NextNode())
     if (auto* s = dynamic_cast<TStyledHTMLNode*>(e); s && s->Style())
       read_style(s);
-  auto* p = static_cast<TStyledHTMLNode*>(doc->FindNode(u"p"_hs));
+  auto* p = static_cast<TStyledHTMLNode*>(big.Doc->FindNode(u"p"_hs));
   EXPECT_EQ(p->Style()->FontWeight(), 700);
   EXPECT_FLOAT_EQ(p->PaddingTop, 0);
 
-  std::unique_ptr<TStyledHTMLNode> docs[2] = {make(25000), std::move(doc)};
+  TStyled small(make(25000));
   expect_linear(
-      "rules",
-      [&](int n) {
-        TStyleDriver d(docs[n > 25000].get());
-        d.Run();
-      },
-      25000);
+      "rules", [&](int n) { (n > 25000 ? big : small).Restyle(); }, 25000);
 }
 
 TEST(StyleBadInput, MegabyteStyleAttribute) {
@@ -224,20 +219,13 @@ TEST(StyleBadInput, MegabyteStyleAttribute) {
     doc->Parse(hstring(u"<div><p style=\"" + decls + u"\">x</p></div>"));
     return doc;
   };
-  auto doc = make(1 << 20);
-  TStyleDriver driver(doc.get());
-  driver.Run();
-  auto* p = static_cast<TStyledHTMLNode*>(doc->FindNode(u"p"_hs));
+  TStyled doc(make(1 << 20));
+  auto* p = static_cast<TStyledHTMLNode*>(doc.Doc->FindNode(u"p"_hs));
   read_style(p);
   EXPECT_FLOAT_EQ(p->MarginLeft, 7);
   EXPECT_EQ(p->Style()->FontFamily().size(), (1u << 19));
 
+  // Parse and cascade: the own sheet is made from the attribute in the cascade.
   expect_linear(
-      "style attribute",
-      [&](int n) {
-        auto d = make(n);
-        TStyleDriver r(d.get());
-        r.Run();
-      },
-      1 << 18);
+      "style attribute", [&](int n) { TStyled d(make(n)); }, 1 << 18);
 }
