@@ -233,11 +233,6 @@ const std::string& page_text() {
   return s;
 }
 
-const std::string& user_agent_sheet() {
-  static std::string s = ht::hstring(ht::detail::kHTML4StyleSheetText).toUtf8();
-  return s;
-}
-
 int count_elements(ht::THtNode* root) {
   int n = 0;
   for (ht::THtNode* e = root->FirstChild(); e; e = e->NextNode())
@@ -319,6 +314,11 @@ TFootprint footprint_htcore() {
 #ifdef HTCORE_PEERS
 
 bench::TNullContainer g_container;
+
+const std::string& user_agent_sheet() {
+  static std::string s = ht::hstring(ht::detail::kHTML4StyleSheetText).toUtf8();
+  return s;
+}
 
 litehtml::context& lite_context() {
   static litehtml::context* c = [] {
