@@ -283,6 +283,12 @@ const EXPECTED = [
       (c.their.__inth && c.theirs === 'center' && c.ours === 'left')),
   },
   {
+    id: 'not-operand',
+    reason: 'the engine\'s :not( takes a limited operand: a type selector in it (div:not(p) > span in selectors.html) matches nothing',
+    t: (c) => c.doc === 'selectors.html' && c.prop === 'color' && c.theirs === 'rgb(255, 0, 0)' &&
+      /\/div\/span$/.test(c.their.path),
+  },
+  {
     id: 'quirks-mode',
     reason: 'in quirks mode the engine\'s quirks sheet drops the outer margins of paragraphs at the edges of table cells (a browser collapses them away in layout), and an inline element takes its line height from its first block ancestor',
     t: (c) => c.their.__quirks && ((c.their.__cellp && /^margin-(top|bottom)$/.test(c.prop) && c.ours === '0px') ||
