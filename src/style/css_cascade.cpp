@@ -35,6 +35,11 @@ const hstring& universal_key() {
   return star;
 }
 
+const hstring& href_name() {
+  static const hstring href(u"href");
+  return href;
+}
+
 const hstring& id_name() {
   static const hstring id(u"id");
   return id;
@@ -153,6 +158,12 @@ void set_children(THtNode* Parent, std::unordered_map<std::u16string_view, TCSSE
     if (!e)
       continue;
     e->CurrentPC &= ~kStructural;
+    // An unvisited link: a or area with an href; the host marks what it has visited.
+    if ((e->FTag == u"a" || e->FTag == u"area") && !(e->CurrentPC & PCBit(pcVisited)) &&
+        e->Attributes() && e->Attributes()->Indexof(href_name()) >= 0)
+      e->CurrentPC |= PCBit(pcLink);
+    else
+      e->CurrentPC &= ~PCBit(pcLink);
     if (!first) {
       first = e;
       e->CurrentPC |= PCBit(pcFirstChild);

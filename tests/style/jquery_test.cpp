@@ -104,6 +104,15 @@ TEST(JQuery, DeepTreeAndListOperations) {
   EXPECT_EQ(u8(l->GetCSS(u"color"_hs)), "");
 }
 
+TEST(StructuralStates, Links) {
+  TCSSElement doc;
+  doc.Parse(u"<a id=l1 href=x>a</a><a id=l2>b</a><a id=l3 href=y>c</a>"_hs);
+  static_cast<TCSSElement*>(doc.NodebyAttr(u"id"_hs, u"l3"_hs))->CurrentPC |= PCBit(pcVisited);
+  SetStructuralPseudoClasses(&doc);
+  EXPECT_EQ(names(*doc.GetJQueryList(u"a:link"_hs, false)), "a#l1");
+  EXPECT_EQ(names(*doc.GetJQueryList(u"a:visited"_hs, false)), "a#l3");
+}
+
 TEST(StructuralStates, KeepHostStates) {
   TCSSElement doc;
   doc.Parse(u"<ul><li>a<li>b</ul>"_hs);

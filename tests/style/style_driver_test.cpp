@@ -70,6 +70,8 @@ TEST(StyleDriver, CascadeOrderEndToEnd) {
       {u"<p id=t>x", u"no-such", "<null>"},
       // Pseudo-classes of the tree.
       {u"<style>li:first-child { color: red }</style><ul><li id=t>a<li>b</ul>", u"color", "rgb(255, 0, 0)"},
+      {u"<p><a id=t href=x>link</a>", u"color", "rgb(0, 0, 255)"},
+      {u"<p><a id=t>anchor</a>", u"color", "rgb(0, 0, 0)"},
   };
   for (auto& c : cases) {
     TStyledHTMLNode doc;

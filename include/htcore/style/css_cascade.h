@@ -53,7 +53,8 @@ private:
 };
 
 // Sets the states that follow from the tree (first-child, last-child,
-// only-child, their of-type forms, empty) in CurrentPC of Root and every
+// only-child, their of-type forms, empty, and link for a or area with an href
+// that the host has not marked visited) in CurrentPC of Root and every
 // element below it, and keeps those a host sets (hover, focus ...). Run it
 // after the tree changes shape; a loop, so any depth is fine.
 void SetStructuralPseudoClasses(TCSSElement* Root);
