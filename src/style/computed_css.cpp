@@ -164,7 +164,7 @@ bool named_value(TStyledHTMLNode* N, TBaseElementStyle& S, std::u16string_view N
   else if (Name == u"color")
     Text = CSSColorText(S.TextColor());
   else if (Name == u"background-color")
-    Text = (S.BackgroundColor() >> 24) == 0 ? u"rgba(0, 0, 0, 0)"_hs : CSSColorText(S.BackgroundColor());
+    Text = CSSColorText(S.BackgroundColor());
   else if (Name == u"font-family")
     Text = font_family(S);
   else if (Name == u"font-size")
@@ -209,6 +209,9 @@ bool named_value(TStyledHTMLNode* N, TBaseElementStyle& S, std::u16string_view N
 
 hstring CSSColorText(uint32_t Color) {
   unsigned a = Color >> 24, r = (Color >> 16) & 0xFF, g = (Color >> 8) & 0xFF, b = Color & 0xFF;
+  // Whatever its channels, a colour of no alpha is "transparent", which CSS writes so.
+  if (a == 0)
+    return u"rgba(0, 0, 0, 0)"_hs;
   std::string s = std::to_string(r) + ", " + std::to_string(g) + ", " + std::to_string(b);
   if (a == 255)
     return ascii("rgb(" + s + ")");

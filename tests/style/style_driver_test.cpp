@@ -194,6 +194,8 @@ TEST(ComputedCSS, Texts) {
   EXPECT_EQ(u8(CSSColorText(0xFF102030)), "rgb(16, 32, 48)");
   EXPECT_EQ(u8(CSSColorText(0x80FF0000)), "rgba(255, 0, 0, 0.502)");
   EXPECT_EQ(u8(CSSColorText(0)), "rgba(0, 0, 0, 0)");
+  EXPECT_EQ(u8(CSSColorText(0x00FFFFFF)), "rgba(0, 0, 0, 0)");
+  EXPECT_EQ(u8(CSSColorText(0x01FFFFFF)), "rgba(255, 255, 255, 0.004)");
   EXPECT_EQ(u8(CSSPixelText(13.3333f)), "13.33px");
   EXPECT_EQ(u8(CSSPixelText(-0.001f)), "0px");
   EXPECT_EQ(u8(CSSPixelText(16)), "16px");

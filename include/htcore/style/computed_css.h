@@ -24,7 +24,7 @@ class TStyledHTMLNode;
 // then empty.
 bool ComputedCSSValue(TStyledHTMLNode* Node, const hstring& Name, hstring& Text);
 
-// 0xAARRGGBB as CSS text.
+// 0xAARRGGBB as CSS text; any colour of alpha 0 is "rgba(0, 0, 0, 0)".
 hstring CSSColorText(uint32_t Color);
 // Pixels with at most two decimals, no trailing zeros, never "-0px".
 hstring CSSPixelText(float Pixels);
