@@ -101,14 +101,12 @@ void TCSSStyleSheet::GetElementSelectors(const TCSSElement* Node, TCSSWeightList
                                          const TCSSStyleMaps* Maps, TCSSPseudoClasses Required) const {
   if (!Node || !Maps)
     return;
-  const TCSSPseudoClasses active = Node->CurrentPC | Required;
-  const TCSSPseudoClasses pseudos = active | PCBit(pcNthChild) | PCBit(pcNthOfType);
+  const TCSSPseudoClasses pseudos = Node->CurrentPC | Required | PCBit(pcNthChild) | PCBit(pcNthOfType);
   const size_t classes = Node->FClassHashes.size();
   for_each_candidate(Node, *Maps, pseudos, [&](const TCSSSelectors& l) {
     for (const TCSSSelector* s : l) {
-      if (disabled(s) || classes < s->Classes.size() || !s->RunTest(Node, active))
-        continue;
-      if (TestSelector(Node, s, Required))
+      // TestSelector runs the compound's own test first.
+      if (!disabled(s) && classes >= s->Classes.size() && TestSelector(Node, s, Required))
         add_section(List, s);
     }
     return true;
