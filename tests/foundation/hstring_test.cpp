@@ -35,6 +35,23 @@ TEST(HString, CopyOnWriteSharesUntilUnique) {
   EXPECT_EQ(b.Pointer(), before); // already private: no copy
 }
 
+TEST(HString, AppendsPartsOfItselfWhateverTheSharing) {
+  // A unique buffer grows in place or moves; a shared one is copied first:
+  // either way the appended part must be read from the text as it was.
+  for (bool shared : {false, true}) {
+    hstring s(u"abcdef");
+    s += u"";  // make the buffer its own, not a literal's
+    hstring other = shared ? s : hstring();
+    s.Append(s.c_str() + 2, 3);
+    EXPECT_EQ(s, u"abcdefcde") << shared;
+    s.Append(s.c_str(), s.size());
+    EXPECT_EQ(s, u"abcdefcdeabcdefcde") << shared;
+    if (shared) {
+      EXPECT_EQ(other, u"abcdef");
+    }
+  }
+}
+
 TEST(HString, Utf8RoundTripAndRepair) {
   struct {
     const char* utf8;

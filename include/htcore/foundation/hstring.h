@@ -166,10 +166,12 @@ public:
     if (n == 0)
       return *this;
     size_t old = size();
-    if (data_ == s) { // appending to itself: keep the source alive
-      basic_hstring keep(*this);
+    const std::less<const CharT*> before;
+    if (data_ && !before(s, data_) && before(s, data_ + old)) {
+      // A part of itself: SetLength may move the buffer, the offset stays.
+      size_t from = static_cast<size_t>(s - data_);
       CharT* p = SetLength(old + n);
-      std::memcpy(p + old, keep.data_, n * sizeof(CharT));
+      std::memmove(p + old, p + from, n * sizeof(CharT));
     } else {
       CharT* p = SetLength(old + n);
       std::memcpy(p + old, s, n * sizeof(CharT));
