@@ -6,10 +6,40 @@
 #include <algorithm>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 namespace ht {
 
+namespace {
+
+// Lists this short search their run of equal weight for a duplicate; longer
+// ones keep a set, so that many rules of one weight stay linear.
+constexpr std::size_t kSeenFrom = 48;
+
+} // namespace
+
+void TCSSWeightList::Settle() const {
+  if (!FUnsorted)
+    return;
+  std::stable_sort(FList.begin(), FList.end(), [](const TCSSWeightItem& a, const TCSSWeightItem& b) {
+    return a.Weight < b.Weight || (a.Weight == b.Weight && a.Order < b.Order);
+  });
+  FUnsorted = false;
+}
+
 void TCSSWeightList::AddValue(uint32_t Weight, int32_t Order, const TCSSValue* Value) {
+  if (FList.size() >= kSeenFrom) {
+    if (FSeen.empty())
+      for (const TCSSWeightItem& i : FList)
+        FSeen.insert({i.Value, i.Weight});
+    if (!FSeen.insert({Value, Weight}).second)
+      return;
+    if (!FList.empty() && (Weight < FList.back().Weight ||
+                           (Weight == FList.back().Weight && Order < FList.back().Order)))
+      FUnsorted = true;
+    FList.push_back({Weight, Order, Value});
+    return;
+  }
   if (FList.empty() || Weight > FList.back().Weight) {
     FList.push_back({Weight, Order, Value});
     return;

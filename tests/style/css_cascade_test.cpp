@@ -1,6 +1,7 @@
 #include "htcore/style/css_cascade.h"
 #include "htcore/style/css_sheet.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
@@ -49,6 +50,42 @@ TEST(CSSWeightList, StaysSortedAndSkipsDuplicates) {
   EXPECT_EQ(l.Item(4).Weight, 0xFF000001u);
   for (int i = 1; i < l.Count(); ++i)
     EXPECT_LE(l.Item(i - 1).Weight, l.Item(i).Weight);
+}
+
+TEST(CSSWeightList, LongListsKeepTheShortListsOrder) {
+  // Short lists insert in place, long ones append and sort when read: both
+  // must give what one sorted, duplicate-free insertion would, also after
+  // Clear and reuse.
+  std::vector<TCSSValue> values(60);
+  TCSSWeightList l;
+  uint32_t seed = 7;
+  auto next = [&](uint32_t n) {
+    seed = seed * 1103515245u + 12345u;
+    return (seed >> 8) % n;
+  };
+  for (int count : {30, 400, 2000}) {
+    l.Clear();
+    std::vector<TCSSWeightItem> model;
+    for (int k = 0; k < count; ++k) {
+      uint32_t w = next(4) * 16;
+      int32_t order = static_cast<int32_t>(next(20));
+      const TCSSValue* v = &values[next(60)];
+      bool seen = false;
+      for (const TCSSWeightItem& m : model)
+        seen |= m.Value == v && m.Weight == w;
+      if (!seen)
+        model.push_back({w, order, v});
+      l.AddValue(w, order, v);
+    }
+    std::stable_sort(model.begin(), model.end(), [](const TCSSWeightItem& a, const TCSSWeightItem& b) {
+      return a.Weight < b.Weight || (a.Weight == b.Weight && a.Order < b.Order);
+    });
+    ASSERT_EQ(l.Count(), static_cast<int>(model.size())) << count;
+    for (int i = 0; i < l.Count(); ++i) {
+      EXPECT_EQ(l.Item(i).Value, model[static_cast<size_t>(i)].Value) << count << " " << i;
+      EXPECT_EQ(l.Item(i).Order, model[static_cast<size_t>(i)].Order) << count << " " << i;
+    }
+  }
 }
 
 TEST(CSSCascade, WeightsOrderAndImportant) {

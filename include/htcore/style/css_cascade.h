@@ -17,6 +17,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <unordered_set>
 #include <vector>
 
 namespace ht {
@@ -38,18 +40,51 @@ public:
   // Inserts behind the entries of the same weight whose Order does not exceed
   // Order; a Value already present under the same weight is not added again.
   void AddValue(uint32_t Weight, int32_t Order, const TCSSValue* Value);
-  const TCSSValue* GetValue(int Index) const { return FList[static_cast<std::size_t>(Index)].Value; }
-  const TCSSWeightItem& Item(int Index) const { return FList[static_cast<std::size_t>(Index)]; }
+  const TCSSValue* GetValue(int Index) const { return Item(Index).Value; }
+  const TCSSWeightItem& Item(int Index) const {
+    Settle();
+    return FList[static_cast<std::size_t>(Index)];
+  }
   int Count() const noexcept { return static_cast<int>(FList.size()); }
   bool Empty() const noexcept { return FList.empty(); }
   // Empties the list and keeps its memory, so one list serves a whole walk.
-  void Clear() noexcept { FList.clear(); }
+  void Clear() noexcept {
+    FList.clear();
+    FSeen.clear();
+    FUnsorted = false;
+  }
 
-  auto begin() const noexcept { return FList.begin(); }
-  auto end() const noexcept { return FList.end(); }
+  auto begin() const {
+    Settle();
+    return FList.begin();
+  }
+  auto end() const {
+    Settle();
+    return FList.end();
+  }
 
 private:
-  std::vector<TCSSWeightItem> FList;
+  struct TSeenKey {
+    const TCSSValue* Value;
+    uint32_t Weight;
+    friend bool operator==(const TSeenKey&, const TSeenKey&) = default;
+  };
+  struct TSeenHash {
+    std::size_t operator()(const TSeenKey& K) const noexcept {
+      return std::hash<const void*>()(K.Value) ^ (std::size_t{K.Weight} * 0x9E3779B97F4A7C15u);
+    }
+  };
+
+  // Sorts what a long list took in unsorted (by weight, then Order, equal
+  // entries in the order they came).
+  void Settle() const;
+
+  mutable std::vector<TCSSWeightItem> FList;
+  // Past a few dozen entries the duplicate test goes through this set, which
+  // then holds every entry, and new entries are appended and sorted once when
+  // the list is read: many rules of one weight stay O(n log n).
+  std::unordered_set<TSeenKey, TSeenHash> FSeen;
+  mutable bool FUnsorted = false;
 };
 
 // Sets the states that follow from the tree (first-child, last-child,
