@@ -13,7 +13,7 @@ namespace ht {
 namespace {
 
 // Lists this short search their run of equal weight for a duplicate; longer
-// ones keep a set, so that many rules of one weight stay linear.
+// ones keep a set and sort once, so many rules of one weight stay O(n log n).
 constexpr std::size_t kSeenFrom = 48;
 
 } // namespace
@@ -34,8 +34,8 @@ void TCSSWeightList::AddValue(uint32_t Weight, int32_t Order, const TCSSValue* V
         FSeen.insert({i.Value, i.Weight});
     if (!FSeen.insert({Value, Weight}).second)
       return;
-    if (!FList.empty() && (Weight < FList.back().Weight ||
-                           (Weight == FList.back().Weight && Order < FList.back().Order)))
+    const TCSSWeightItem& last = FList.back(); // the list is long here, never empty
+    if (Weight < last.Weight || (Weight == last.Weight && Order < last.Order))
       FUnsorted = true;
     FList.push_back({Weight, Order, Value});
     return;
