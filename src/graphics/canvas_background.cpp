@@ -40,7 +40,7 @@ void Position(const TMeasure& m, TMeasureFlag Far, TMeasureFlag Near, bool Shift
 } // namespace
 
 void THtCanvas::DrawImage(THtImage& Image, const TRectF& R, float Opacity) {
-  if (!Image.HasRecording() || !Image.Loaded())
+  if (!Image.HasRecording() || !Image.GetLoaded())
     return;
   SaveState();
   IntersectClip(R);

@@ -18,6 +18,7 @@
 #include "htcore/foundation/geometry.h"
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/object.h"
+#include "htcore/graphics/images.h"
 #include "htcore/graphics/matrix.h"
 #include "htcore/style/css_properties.h"
 
@@ -63,21 +64,6 @@ enum THtPenStyle : uint8_t { hpsSolid, hpsDash, hpsDot, hpsDashDot, hpsDashDotDo
 enum THtLineJoin : uint8_t { ljMiter, ljBevel, ljRound };
 enum THtLineCap : uint8_t { lcFlat, lcSquare, lcRound };
 enum THtLineDrawMode : uint8_t { ldmCopy, ldmXOR };
-
-// An image as the canvas sees it: a size, and possibly a recorded picture
-// that any canvas can replay. Decoding and caching live with the image code.
-class THtImage : public TObject {
-public:
-  int Width = 0, Height = 0;
-  virtual bool Loaded() const { return Width > 0 && Height > 0; }
-  // Whether the image carries a recorded picture (drawing calls, not pixels).
-  virtual bool HasRecording() const { return false; }
-  // Replays the recording on Canvas in the image's own units.
-  virtual void PlayRecording(THtCanvas& Canvas, float Opacity) {
-    (void)Canvas;
-    (void)Opacity;
-  }
-};
 
 // A font as the canvas contract names it; metrics and shaping belong to the
 // concrete canvas and the font code.
