@@ -38,8 +38,13 @@ hstring make_text(const char16_t* b, const char16_t* e) {
 } // namespace
 
 // Sheets repeat their words (property names, keywords, lengths, variables):
-// short texts are shared through a direct-mapped cache for the tokenizer's life.
+// short texts are shared through a direct-mapped cache. The cache belongs to
+// the thread, not the tokenizer, so that the many tiny parses of style
+// attributes do not each build and free a table; every caller copies the
+// answer into its token before the next call, so sharing a slot is harmless.
 const hstring& TCSSTokenizer::Intern(const char16_t* b, const char16_t* e) {
+  constexpr size_t kInternSlots = 1024;
+  thread_local std::unique_ptr<hstring[]> intern;
   size_t n = static_cast<size_t>(e - b);
   if (n == 1 && *b < 128)
     return unit_text(*b);
@@ -50,9 +55,9 @@ const hstring& TCSSTokenizer::Intern(const char16_t* b, const char16_t* e) {
   uint32_t h = 2166136261u;
   for (const char16_t* q = b; q < e; ++q)
     h = (h ^ *q) * 16777619u;
-  if (!FIntern)
-    FIntern = std::make_unique<hstring[]>(kInternSlots);
-  hstring& slot = FIntern[h & (kInternSlots - 1)];
+  if (!intern)
+    intern = std::make_unique<hstring[]>(kInternSlots);
+  hstring& slot = intern[h & (kInternSlots - 1)];
   if (slot.size() != n || std::char_traits<char16_t>::compare(slot.c_str(), b, n) != 0)
     slot = hstring(b, n);
   return slot;

@@ -84,14 +84,12 @@ public:
   bool Eof = false;
 
 private:
-  static constexpr size_t kInternSlots = 1024;
   static constexpr size_t kInternMaxLength = 40;
   const hstring& Intern(const char16_t* b, const char16_t* e);
   // The unit behind a backslash: a quote, backslash or blank as it stands, else an escape.
   void EscapedUnit(std::u16string& buf);
   // Name from the text since run, through buf when escapes were met.
   void SetName(bool escaped, std::u16string& buf, const char16_t* run);
-  std::unique_ptr<hstring[]> FIntern;
   hstring FScratch;
   const char16_t* Start() const { return Parser.Start(); }
   // A backslash before a CR ends an identifier and turns the CR into the
