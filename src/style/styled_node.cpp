@@ -5,6 +5,7 @@
 #include "htcore/foundation/convert.h"
 #include "htcore/foundation/number_format.h"
 #include "htcore/foundation/text_utils.h"
+#include "htcore/style/block_floats.h"
 #include "htcore/style/css_sheet.h"
 #include "style/styled_node_walk.h"
 
@@ -12,9 +13,6 @@
 #include <vector>
 
 namespace ht {
-
-// Until the float engine lands.
-class TBlockFloats {};
 
 namespace {
 

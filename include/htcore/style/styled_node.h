@@ -242,6 +242,15 @@ public:
   TStyledHTMLNode* CreatePseudo(TCSSPseudoClass Pseudo);
   void FreePseudo(TCSSPseudoClass Pseudo);
 
+  // Floats (block_floats.h): the block's float map, made on first need, and
+  // the intrusions of its left and right floats over Top..Bottom, in its
+  // inner coordinates; the ClearTop forms are where each side's floats end.
+  TBlockFloats* GetFloatMap();
+  float GetLeft(float Top, float Bottom) const;
+  float GetRight(float Top, float Bottom) const;
+  float GetLeftClearTop() const;
+  float GetRightClearTop() const;
+
   // Counters.
   void ResetCSSCounter(const hstring& Name, int Value);
   void IncrementCSSCounter(const hstring& Name, int By = 1);
