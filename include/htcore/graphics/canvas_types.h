@@ -19,6 +19,7 @@
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/object.h"
 #include "htcore/graphics/images.h"
+#include "htcore/graphics/font_style.h"
 #include "htcore/graphics/matrix.h"
 #include "htcore/style/css_properties.h"
 
@@ -71,6 +72,7 @@ class THtFont : public TObject {
 public:
   hstring FName;
   float FHeight = 12;
+  THtFontStyles FStyle = 0; // bits of THtFontStyle
   float Ascent = 0;
   virtual THtFont* Clone() const { return new THtFont(*this); }
 };

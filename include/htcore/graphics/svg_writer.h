@@ -46,6 +46,24 @@ public:
     Add(Value);
     return *this;
   }
+  // A literal: its length is known at compile time.
+  template <size_t N> THtSVGWriter& s(const char16_t (&Literal)[N]) {
+    Add(Literal, static_cast<ptrdiff_t>(N - 1));
+    return *this;
+  }
+  THtSVGWriter& s(const hstring& Value) {
+    Add(Value);
+    return *this;
+  }
+  THtSVGWriter& Ch(char16_t Value) {
+    AddChar(Value);
+    return *this;
+  }
+  // An integer in decimal.
+  THtSVGWriter& N(int64_t Value) {
+    Add(Value);
+    return *this;
+  }
   // Text escaped for XML content (Attr false) or a quoted attribute value
   // (Attr true): markup characters become references, and what XML cannot
   // carry at all (control codes, lone surrogates, U+FFFE/U+FFFF) is dropped
