@@ -122,7 +122,13 @@ void THtSVGCanvas::start_svg(THtSVGWriter& W, int Width, int Height) const {
 void THtSVGCanvas::put_style(THtSVGWriter& W) const {
   if (FIndexer.Count() == 0)
     return;
-  W.s(u"<style>").AddXML(std::u16string_view(Style()), false).s(u"</style>");
+  // The classes end their lines with CR LF; inside the document a line feed is enough.
+  W.s(u"<style>");
+  hstring css = Style();
+  std::u16string_view rest(css);
+  for (size_t cr; (cr = rest.find(u'\r')) != std::u16string_view::npos; rest.remove_prefix(cr + 1))
+    W.AddXML(rest.substr(0, cr), false);
+  W.AddXML(rest, false).s(u"</style>");
 }
 
 hstring THtSVGCanvas::Document(int Width, int Height) const {

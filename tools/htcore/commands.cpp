@@ -166,6 +166,19 @@ const std::vector<Command>& Commands() {
        "\n"
        "example:\n"
        "  htcore path flatten --tolerance 2 'M0 0 C 10 20 30 20 40 0'\n"},
+      {"svg", "svg demo OUT_DIR [--only NAME]...", "the drawing suite as SVG documents, one per page",
+       CmdSvg,
+       "Draws the suite of example scenes (shapes, dashes, paths, gradients, clips,\n"
+       "transforms, text, images, widgets, links, pages) through the SVG canvas and writes\n"
+       "one document per scene page into OUT_DIR (made when missing), NAME.svg or\n"
+       "NAME-1.svg, NAME-2.svg... for a scene of several pages, and an index.html that shows\n"
+       "them all. The documents are UTF-8 and carry their text classes in a style element.\n"
+       "\n"
+       "options:\n"
+       "  --only NAME   write this scene only (repeatable); names are the file stems\n"
+       "\n"
+       "example:\n"
+       "  htcore svg demo /tmp/svg-demo && xdg-open /tmp/svg-demo/index.html\n"},
   };
   return list;
 }

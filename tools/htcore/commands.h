@@ -131,4 +131,7 @@ int CmdStyle(int argc, char** argv);
 // path normalize|bounds|flatten [--tolerance T] 'PATH DATA'|-
 int CmdPath(int argc, char** argv);
 
+// svg demo OUT_DIR [--only NAME]...
+int CmdSvg(int argc, char** argv);
+
 } // namespace htcore_cli
