@@ -10,6 +10,7 @@ packages=(cmake ninja-build g++ pkg-config zlib1g-dev libgtest-dev libbenchmark-
 #                          libgumbo-dev liblitehtml-dev npm"
 # (iso-codes ships the real XML and JSON inputs of the XML and JSON benchmarks.)
 # The style check against a browser (scripts/style_check.sh) needs: chromium nodejs
+# The SVG check in real renderers (scripts/svg_check.sh) needs: librsvg2-bin libxml2-utils chromium
 if [ "${HTCORE_EXTRA_PACKAGES:-}" ]; then
   read -r -a extra <<<"$HTCORE_EXTRA_PACKAGES"
   packages+=("${extra[@]}")
