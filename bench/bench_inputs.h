@@ -9,10 +9,15 @@
 #include <cstdio>
 #include <fstream>
 #include <initializer_list>
+#include <functional>
 #include <map>
+#include <malloc.h>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "htcore/document/node.h"
+#include "htcore/foundation/node_pool.h"
 
 namespace bench {
 
@@ -50,6 +55,79 @@ inline std::string MakeXmlCatalogue(int items) {
          "<b>mixed</b> content.</description>\n  </item>\n";
   }
   return s + "</catalog>\n";
+}
+
+// What one parse costs in memory, measured once outside the timed loop:
+// the peak resident memory the parse adds (Linux: the high-water mark is
+// reset through /proc/self/clear_refs first, so earlier runs do not count),
+// and the bytes the finished tree holds (malloc's live bytes plus the node
+// pool's chunks), per node and per input byte.
+struct TMemory {
+  double peak_rss = 0;
+  double held = 0;
+  int64_t nodes = 0;
+};
+
+inline double ProcStatusKiB(const char* key) {
+  std::ifstream f("/proc/self/status");
+  std::string line;
+  size_t n = std::char_traits<char>::length(key);
+  while (std::getline(f, line))
+    if (line.compare(0, n, key) == 0)
+      return std::stod(line.substr(n + 1));
+  return 0;
+}
+
+// Nodes of an htcore tree, the root included.
+inline int64_t CountNodes(const ht::THtNode* root) {
+  int64_t n = 0;
+  for (const ht::THtNode* x = root; x; x = x->NextNode())
+    ++n;
+  return n;
+}
+
+inline size_t HeldBytes() {
+  return mallinfo2().uordblks + ht::detail::NodePoolStats().ChunksHeld * ht::detail::kPoolChunk;
+}
+
+// Parse gets a Sample(nodes) to call while its tree is still alive.
+inline TMemory MeasureMemory(const std::function<void(const std::function<void(int64_t)>&)>& Parse) {
+  malloc_trim(0);
+  {
+    std::ofstream reset("/proc/self/clear_refs");
+    reset << "5";
+  }
+  double rss0 = ProcStatusKiB("VmRSS:");
+  size_t held0 = HeldBytes();
+  TMemory m;
+  Parse([&](int64_t nodes) {
+    m.held = static_cast<double>(HeldBytes() - held0);
+    m.nodes = nodes;
+  });
+  m.peak_rss = (ProcStatusKiB("VmHWM:") - rss0) * 1024.0;
+  return m;
+}
+
+// A benchmark "Memory/LIB/INPUT" of one iteration that measures one parse
+// with Parse and reports peak_rss_x (peak RSS added, over the input size),
+// held_x (bytes the tree holds, over the input size) and bytes_per_node. It
+// stays out of the timed runs' filters (^Htcore/ ...).
+using TMemoryParse = std::function<void(const TInput&, const std::function<void(int64_t)>&)>;
+
+inline void RegisterMemory(const std::string& lib, const TInput& in, TMemoryParse parse) {
+  benchmark::RegisterBenchmark(("Memory/" + lib + "/" + in.name).c_str(),
+                               [&in, parse](benchmark::State& state) {
+                                 TMemory m;
+                                 for (auto _ : state)
+                                   m = MeasureMemory([&](const auto& sample) { parse(in, sample); });
+                                 double size = static_cast<double>(in.bytes.size() ? in.bytes.size() : 1);
+                                 state.counters["peak_rss_x"] = m.peak_rss / size;
+                                 state.counters["held_x"] = m.held / size;
+                                 if (m.nodes)
+                                   state.counters["bytes_per_node"] = m.held / static_cast<double>(m.nodes);
+                               })
+      ->Iterations(1)
+      ->Unit(benchmark::kMillisecond);
 }
 
 // Times a loop by wall clock and keeps the peers' times per input, so that

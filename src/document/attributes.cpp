@@ -61,16 +61,17 @@ int THtAttributes::Indexof(const hstring& AttrName) const {
   return Find(AttrName, i) ? i : -1;
 }
 
-int THtAttributes::InsertAt(int Index, const hstring& AttrName, const hstring& AttrValue) {
+int THtAttributes::InsertAt(int Index, hstring AttrName, hstring AttrValue) {
   if (static_cast<size_t>(Count) == List.size())
     List.emplace_back();
   // The spare entry at Count comes to Index; entries in between move up by one.
-  std::rotate(List.begin() + Index, List.begin() + Count, List.begin() + Count + 1);
+  if (Index < Count)
+    std::rotate(List.begin() + Index, List.begin() + Count, List.begin() + Count + 1);
   THtAttribute& a = List[Index];
-  a.Name = AttrName;
+  a.Name = std::move(AttrName);
   if (!CaseSensitive)
     hLower(a.Name);
-  a.Value = AttrValue;
+  a.Value = std::move(AttrValue);
   ++Count;
   return Index;
 }
@@ -115,14 +116,60 @@ void THtAttributes::Delete(int Index) {
 
 void THtAttributeBatch::MoveTo(THtAttributes& Target) {
   const bool cs = Target.CaseSensitive;
+  // A few attributes into an empty case-sensitive set, as a parsed XML or
+  // JSON item gives: an insertion sort of the batch, each entry then moved
+  // once into an array of its final size.
+  if (cs && Target.Count == 0 && FItems.size() <= 16) {
+    uint8_t order[16];
+    size_t n = 0;
+    for (size_t k = 0; k < FItems.size(); ++k) {
+      const TItem& it = FItems[k];
+      if (it.Name.empty()) {
+        // never found: each goes in front, as one by one
+        for (size_t i = n; i > 0; --i)
+          order[i] = order[i - 1];
+        order[0] = static_cast<uint8_t>(k);
+        ++n;
+        continue;
+      }
+      size_t j = n;
+      int c = 1;
+      while (j > 0 && !FItems[order[j - 1]].Name.empty() &&
+             (c = compare_names(FItems[order[j - 1]].Name, it.Name, true)) > 0)
+        --j;
+      if (j > 0 && c == 0 && !FItems[order[j - 1]].Name.empty()) {
+        if (it.Rule == abReplace)
+          FItems[order[j - 1]].Value = it.Value;
+        continue;
+      }
+      for (size_t i = n; i > j; --i)
+        order[i] = order[i - 1];
+      order[j] = static_cast<uint8_t>(k);
+      ++n;
+    }
+    if (Target.List.size() < n) {
+      Target.List.reserve(n);
+      Target.List.resize(n);
+    }
+    for (size_t i = 0; i < n; ++i) {
+      TItem& it = FItems[order[i]];
+      Target.List[i].Name = std::move(it.Name);
+      Target.List[i].Value = std::move(it.Value);
+    }
+    Target.Count = static_cast<int>(n);
+    FItems.clear();
+    return;
+  }
   // A few attributes, as most tags have, go in one by one.
   if (FItems.size() <= 16) {
-    for (const TItem& it : FItems) {
+    if (Target.List.size() < static_cast<size_t>(Target.Count) + FItems.size())
+      Target.List.reserve(static_cast<size_t>(Target.Count) + FItems.size());
+    for (TItem& it : FItems) {
       int i;
       if (!Target.Find(it.Name, i))
-        i = Target.InsertAt(i, it.Name, it.Value);
+        i = Target.InsertAt(i, it.KeepName && !cs ? it.Name : std::move(it.Name), std::move(it.Value));
       else if (it.Rule == abReplace)
-        Target.List[static_cast<size_t>(i)].Value = it.Value;
+        Target.List[static_cast<size_t>(i)].Value = std::move(it.Value);
       else
         continue;
       if (it.KeepName && !cs)

@@ -160,7 +160,7 @@ const hstring& InternName(THtStringRecDictionary& Dict, const char16_t* p, int L
     return kEmpty;
   THtStringRec* rec = Dict.Get(p, Len);
   if (!rec) {
-    rec = new THtStringRec(hstring(p, static_cast<size_t>(Len)));
+    rec = new THtStringRec(hstring::ForTree(p, static_cast<size_t>(Len)));
     Dict.AddObject(rec); // the dictionary owns its records
   }
   return rec->Value;
@@ -223,7 +223,7 @@ bool THTMLTokenizer::NextToken(bool AllowStrings) {
       TokenType = htSpace;
       // A single blank leaves the previous text in place; callers never read it.
       if (sp.p - b >= 2)
-        Token = hstring(b, static_cast<size_t>(sp.p - b));
+        Token = hstring::ForTree(b, static_cast<size_t>(sp.p - b));
       result = sp.p < sp.pend;
       break;
     }
@@ -349,7 +349,7 @@ void THTMLTokenizer::ReadEncoded(const char16_t* b, char16_t stop) {
   TokenType = htString;
   if (q >= sp.pend || *q == stop) {
     sp.p = q;
-    Token = hstring(b, static_cast<size_t>(q - b));
+    Token = hstring::ForTree(b, static_cast<size_t>(q - b));
     return;
   }
   FBuffer.assign(b, static_cast<size_t>(q - b));
@@ -366,7 +366,7 @@ void THTMLTokenizer::ReadEncoded(const char16_t* b, char16_t stop) {
     FBuffer.append(sp.p, static_cast<size_t>(r - sp.p));
     sp.p = r;
   }
-  Token = hstring(FBuffer.data(), FBuffer.size());
+  Token = hstring::ForTree(FBuffer.data(), FBuffer.size());
 }
 
 void THTMLTokenizer::ReadText() { ReadEncoded(Parser.p, u'<'); }
@@ -396,7 +396,7 @@ void THTMLTokenizer::ReadIdent() {
       ++sp.p;
     }
   }
-  Token = hstring(b, static_cast<size_t>(sp.p - b));
+  Token = hstring::ForTree(b, static_cast<size_t>(sp.p - b));
   TokenType = htIdent;
 }
 
@@ -438,7 +438,7 @@ void THTMLTokenizer::ReadComment() {
   size_t at = rest.find(u"-->"); // so "<!-->" does not close itself
   const char16_t* stop = at == std::u16string_view::npos ? sp.pend : start + at + 2;
   const char16_t* e = stop - start >= 2 ? stop - 2 : start;
-  Token = hstring(start, static_cast<size_t>(e - start));
+  Token = hstring::ForTree(start, static_cast<size_t>(e - start));
   TokenType = htComment;
   sp.p = stop < sp.pend ? stop + 1 : sp.pend;
 }
@@ -461,7 +461,7 @@ void THTMLTokenizer::ReadCData() {
     q = sp.pend - q > 2 ? q + 2 : sp.pend;
   }
   const char16_t* e = stop - start >= 2 ? stop - 2 : start;
-  Token = hstring(start, static_cast<size_t>(e - start));
+  Token = hstring::ForTree(start, static_cast<size_t>(e - start));
   TokenType = htCData;
   sp.p = stop < sp.pend ? stop + 1 : sp.pend;
 }
@@ -484,7 +484,7 @@ void THTMLTokenizer::ReadCustom() {
   }
   // "<!>" leaves type and text as they were.
   if (sp.p > start) {
-    Token = hstring(start, static_cast<size_t>(sp.p - start));
+    Token = hstring::ForTree(start, static_cast<size_t>(sp.p - start));
     TokenType = htCustom;
   }
   if (sp.p < sp.pend)
@@ -497,7 +497,7 @@ void THTMLTokenizer::ReadDirective() {
   const char16_t* start = sp.p;
   while (sp.p < sp.pend && *sp.p != 0 && *sp.p != u'>' && !(*sp.p == u'?' && sp.p[1] == u'>'))
     ++sp.p;
-  Token = hstring(start, static_cast<size_t>(sp.p - start));
+  Token = hstring::ForTree(start, static_cast<size_t>(sp.p - start));
   TokenType = htDirective;
   if (sp.p < sp.pend)
     sp.p += *sp.p == u'?' ? 2 : 1;
@@ -524,7 +524,7 @@ void THTMLTokenizer::ReadScript() {
   // Scripts hidden from old browsers in "<!-- ... -->".
   if (body.size() >= 4 && body.substr(0, 4) == u"<!--")
     body = body.size() >= 7 ? body.substr(4, body.size() - 7) : std::u16string_view();
-  Token = hstring(body.data(), body.size());
+  Token = hstring::ForTree(body.data(), body.size());
   TokenType = htScript;
 }
 

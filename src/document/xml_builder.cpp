@@ -9,6 +9,10 @@
 
 #include <string>
 #include <string_view>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 #include <typeinfo>
 
 namespace ht {
@@ -64,17 +68,24 @@ bool MayBeNarrowUtf8(const char16_t* p, const char16_t* pend) {
   if (cp != 1252 && cp != 28591)
     return true;
   const char16_t* q = p;
-  while (q + 1 < pend) {
-    if (pend - q > 8) {
-      // Eight units below 0x80 hold no lead: pass them at once.
-      unsigned any = 0;
+#ifdef __SSE2__
+  // Eight units at a time: only a unit in the lead range needs a look at
+  // its follower. Text in other scripts has none.
+  const __m128i lo = _mm_set1_epi16(0xC2);
+  const __m128i span = _mm_set1_epi16(0xF4 - 0xC2);
+  while (pend - q > 8) {
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
+    __m128i off = _mm_sub_epi16(v, lo);
+    __m128i lead = _mm_cmpeq_epi16(_mm_subs_epu16(off, span), _mm_setzero_si128());
+    if (_mm_movemask_epi8(lead)) {
       for (int i = 0; i < 8; ++i)
-        any |= q[i];
-      if (any < 0x80) {
-        q += 8;
-        continue;
-      }
+        if (q[i] >= 0xC2 && q[i] <= 0xF4 && ((q[i + 1] >= 0x80 && q[i + 1] <= 0xBF) || q[i + 1] >= 0x100))
+          return true;
     }
+    q += 8;
+  }
+#endif
+  while (q + 1 < pend) {
     if (*q >= 0xC2 && *q <= 0xF4 && ((q[1] >= 0x80 && q[1] <= 0xBF) || q[1] >= 0x100))
       return true;
     ++q;

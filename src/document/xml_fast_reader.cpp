@@ -20,6 +20,9 @@
 #include "htcore/foundation/text_utils.h"
 
 #include <cstring>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 #include <string>
 #include <string_view>
 #include <vector>
@@ -52,23 +55,40 @@ bool equals_ignore_case(sv s, sv lower) {
   return true;
 }
 
-// "</head>" in any case; only '<' can start it, so the rest is compared
-// only behind one.
+// "</head>" in any case. Only "</h" can start it: eight positions at a time
+// test for that, and only a hit compares the rest.
 const char16_t* find_head_end(const char16_t* p, const char16_t* end) {
   static constexpr sv kLower = u"</head>";
   if (end - p < static_cast<ptrdiff_t>(kLower.size()))
     return nullptr;
   const char16_t* last = end - kLower.size() + 1;
-  for (;; ++p) {
-    p = FindUnit(p, last, u'<');
-    if (p == last)
-      break;
-    size_t i = 1;
-    while (i < kLower.size() && CharLower(p[i]) == kLower[i])
+  auto match = [](const char16_t* q) {
+    size_t i = 0;
+    while (i < kLower.size() && CharLower(q[i]) == kLower[i])
       ++i;
-    if (i == kLower.size())
-      return p;
+    return i == kLower.size();
+  };
+#ifdef __SSE2__
+  const __m128i lt = _mm_set1_epi16(u'<'), slash = _mm_set1_epi16(u'/'), h = _mm_set1_epi16(u'h'),
+                caps = _mm_set1_epi16(0x20);
+  // Loads reach p + 9 < p + kLower.size() + 8 <= end.
+  for (; last - p >= 8; p += 8) {
+    __m128i a = _mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)), lt);
+    __m128i b = _mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 1)), slash);
+    __m128i c = _mm_cmpeq_epi16(_mm_or_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 2)), caps), h);
+    unsigned m = static_cast<unsigned>(_mm_movemask_epi8(_mm_and_si128(_mm_and_si128(a, b), c)));
+    while (m) {
+      const char16_t* q = p + (__builtin_ctz(m) >> 1);
+      if (match(q))
+        return q;
+      m &= m - 1;
+      m &= m - 1; // both bytes of the unit
+    }
   }
+#endif
+  for (; p < last; ++p)
+    if (*p == u'<' && match(p))
+      return p;
   return nullptr;
 }
 
@@ -170,6 +190,8 @@ private:
   std::u16string FBuffer;
 
   TNameTable FNames;
+  int FSpaceName = FNames.Intern(u"xml:space", 9);
+  bool FSpaceSeen = false; // the current tag has an xml:space attribute
   // Blank text waiting for the open elements, one buffer per depth: appending
   // to FContent piece by piece would copy it each time.
   std::vector<std::u16string> FPending;
@@ -198,6 +220,7 @@ private:
 
 bool TReader::NextItem() {
   FScratch.Clear();
+  FSpaceSeen = false;
   if (p >= end)
     return false;
   if (*p != u'<') {
@@ -239,13 +262,26 @@ void TReader::ReadText() {
 void TReader::ReadEncoded(char16_t stop) {
   const char16_t* b = p;
   const char16_t* q = p;
-  for (;;) {
-    while (q[0] > u'>' && q[1] > u'>')
-      q += 2;
-    if (q >= end || *q == stop || *q == u'&')
-      break;
-    ++q;
+#ifdef __SSE2__
+  // Most texts and values have neither a reference nor an early stop: find
+  // the first of the two eight units at a time.
+  const __m128i vs = _mm_set1_epi16(static_cast<short>(stop)), va = _mm_set1_epi16(u'&');
+  while (end - q >= 8) {
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
+    unsigned m = static_cast<unsigned>(
+        _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi16(v, vs), _mm_cmpeq_epi16(v, va))));
+    if (m) {
+      q += __builtin_ctz(m) >> 1;
+      goto found;
+    }
+    q += 8;
   }
+#endif
+  while (q < end && *q != stop && *q != u'&')
+    ++q;
+#ifdef __SSE2__
+found:
+#endif
   if (q >= end || *q == stop) {
     p = q;
     FValue = sv(b, static_cast<size_t>(q - b));
@@ -482,7 +518,9 @@ void TReader::ReadTag() {
 void TReader::ReadAttribute() {
   const char16_t* b = p;
   p = scan_ident(b);
-  const hstring& name = FNames.Names[static_cast<size_t>(FNames.Intern(b, static_cast<size_t>(p - b)))].Name;
+  int k = FNames.Intern(b, static_cast<size_t>(p - b));
+  FSpaceSeen = FSpaceSeen || k == FSpaceName;
+  const hstring& name = FNames.Names[static_cast<size_t>(k)].Name;
   auto skip_blanks = [&] {
     while (p < end && tag_class(*p) == 2)
       while (p < end && *p <= u' ')
@@ -562,8 +600,10 @@ void TReader::OpenElement(THtXMLNode* n) {
     auto* a = new THtAttributes(true);
     n->FAttributes = a;
     FScratch.MoveTo(*a);
-    static const hstring kSpace(u"xml:space");
-    n->FPreserveSpace = n->FAttributes->GetAttribute(kSpace) == u"preserve";
+    if (FSpaceSeen)
+      n->FPreserveSpace = a->GetAttribute(FNames.Names[static_cast<size_t>(FSpaceName)].Name) == u"preserve";
+    else
+      n->FPreserveSpace = false;
   }
 }
 
@@ -654,13 +694,13 @@ void TReader::Walk(THtXMLNode*& cur) {
         continue;
       }
       if (FKids.Empty() && cur->FContent.empty() && FPending[FDepth].empty()) {
-        cur->FContent = hstring(FValue);
+        cur->FContent = hstring::ForTree(FValue);
         continue;
       }
       {
         THtXMLNode* t = NewChild(cur, -1);
         t->TagType = htString;
-        t->FContent = hstring(FValue);
+        t->FContent = hstring::ForTree(FValue);
       }
       continue;
     case ikOpen: {
@@ -681,7 +721,7 @@ void TReader::Walk(THtXMLNode*& cur) {
                        : FKind == ikCData  ? htCData
                        : FKind == ikCustom ? htCustom
                                            : htDirective;
-      child->FContent = hstring(FValue);
+      child->FContent = hstring::ForTree(FValue);
       if (FKind == ikDirective)
         CheckDeclaration();
       continue;

@@ -5,6 +5,7 @@
 #include "htcore/foundation/hash.h"
 #include "htcore/foundation/text_utils.h"
 
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 #include <vector>
@@ -38,14 +39,14 @@ public:
     for (size_t i = h & mask;; i = (i + 1) & mask) {
       uint32_t s = FSlots[i];
       if (s == 0) {
-        Names.emplace_back().Name = hstring(p, n);
+        Names.emplace_back().Name = hstring::ForTree(p, n);
         FSlots[i] = static_cast<uint32_t>(Names.size());
         if (Names.size() * 2 > FSlots.size())
           Grow();
         return static_cast<int>(Names.size()) - 1;
       }
       const hstring& name = Names[s - 1].Name;
-      if (name.size() == n && std::memcmp(name.c_str(), p, n * sizeof(char16_t)) == 0)
+      if (name.size() == n && SameUnits(name.c_str(), p, n))
         return static_cast<int>(s) - 1;
     }
   }
@@ -64,14 +65,41 @@ public:
 
   std::vector<TName> Names;
 
+  // Four units a step: names and short values are a few words long.
   static uint32_t Hash(const char16_t* p, size_t n) {
-    uint32_t h = 2166136261u;
-    for (size_t i = 0; i < n; ++i)
-      h = (h ^ p[i]) * 16777619u;
+    uint64_t h = 0x9E3779B97F4A7C15ull ^ n;
+    size_t i = 0;
+    for (; i + 4 <= n; i += 4) {
+      uint64_t w;
+      std::memcpy(&w, p + i, 8);
+      h = (h ^ w) * 0xFF51AFD7ED558CCDull;
+      h ^= h >> 29;
+    }
+    if (i < n) {
+      uint64_t w = 0;
+      for (size_t k = i; k < n; ++k)
+        w = (w << 16) | p[k];
+      h = (h ^ w) * 0xFF51AFD7ED558CCDull;
+    }
     // The low bits pick the slot: mix the high ones in.
-    h ^= h >> 15;
-    h *= 0x2c1b3c6du;
-    return h ^ (h >> 12);
+    h ^= h >> 32;
+    h *= 0xC4CEB9FE1A85EC53ull;
+    return static_cast<uint32_t>(h ^ (h >> 29));
+  }
+
+  static bool SameUnits(const char16_t* a, const char16_t* b, size_t n) {
+    size_t i = 0;
+    for (; i + 4 <= n; i += 4) {
+      uint64_t x, y;
+      std::memcpy(&x, a + i, 8);
+      std::memcpy(&y, b + i, 8);
+      if (x != y)
+        return false;
+    }
+    for (; i < n; ++i)
+      if (a[i] != b[i])
+        return false;
+    return true;
   }
 
 private:
@@ -98,12 +126,12 @@ public:
   TTextCache() : FSlots(4096) {}
   hstring Get(std::u16string_view v) {
     if (v.size() > 16)
-      return hstring(v);
+      return hstring::ForTree(v);
     uint32_t h = TNameTable::Hash(v.data(), v.size());
     TSlot& s = FSlots[h & (FSlots.size() - 1)];
     if (s.Hash != h || s.Text.view() != v) {
       s.Hash = h;
-      s.Text = hstring(v);
+      s.Text = hstring::ForTree(v);
     }
     return s.Text;
   }

@@ -9,6 +9,7 @@
 #endif
 
 #include "htcore/foundation/exception.h"
+#include "htcore/foundation/node_pool.h"
 
 namespace ht {
 namespace detail {
@@ -25,9 +26,26 @@ void* AllocStr(size_t unit_size, size_t length) {
   return p;
 }
 
-void FreeStr(void* header) {
-  static_cast<StrHeader*>(header)->~StrHeader();
-  std::free(header);
+void* AllocTreeStr(size_t unit_size, size_t length) {
+  size_t bytes = sizeof(StrHeader) + (length + 1) * unit_size;
+  void* p = PoolAllocOrNull(bytes);
+  if (!p)
+    return AllocStr(unit_size, length);
+  auto* h = new (p) StrHeader;
+  h->refs.store(1, std::memory_order_relaxed);
+  h->length = static_cast<int32_t>(length);
+  std::memset(static_cast<char*>(p) + sizeof(StrHeader) + length * unit_size, 0, unit_size);
+  return p;
+}
+
+void FreeStr(void* header, size_t unit_size) noexcept {
+  auto* h = static_cast<StrHeader*>(header);
+  // A text shortened in place reports fewer units than its block holds:
+  // the pool only poisons what it is told.
+  size_t bytes = sizeof(StrHeader) + (static_cast<size_t>(h->length) + 1) * unit_size;
+  h->~StrHeader();
+  if (!PoolFreeIfPooled(header, bytes))
+    std::free(header);
 }
 
 void StrTooLong() { throw EOutOfMemory(); }

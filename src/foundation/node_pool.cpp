@@ -18,8 +18,15 @@
 // from an operator new one is a range check: no header, no flag in the
 // objects, and blocks made outside a parse need no pool at all. Freed space
 // is not reused until its whole chunk is free; parsers make trees whose
-// blocks die together, which is the case this serves. Texts stay ordinary
-// counted strings, so a text copied out of a tree never depends on a chunk.
+// blocks die together, which is the case this serves.
+//
+// Short texts of a tree (names, values, contents up to kPoolMaxBlock bytes)
+// lie in the chunks too when the reader makes them with hstring::ForTree:
+// a text cost a malloc and a free, more than its node. They stay counted
+// strings: a copy shares the block, so a text copied out of a document keeps
+// its chunk mapped until the copy goes, at worst 64 KiB for a short text.
+// Texts made any other way (temporaries, edits) still come from malloc, so
+// they do not pin chunks.
 //
 // Under AddressSanitizer free blocks and unused chunk space are poisoned, so
 // a use after free of a pooled node is reported as for a heap block, and each
@@ -193,17 +200,35 @@ void* PoolAlloc(std::size_t Size) {
   return ::operator new(Size);
 }
 
-void PoolFree(void* P, std::size_t Size) noexcept {
+void* PoolAllocOrNull(std::size_t Size) noexcept {
+  TThreadPool& t = t_pool;
+  if (t.Depth == 0 || Size > kPoolMaxBlock)
+    return nullptr;
+  size_t n = (Size + 7) & ~size_t(7);
+  if (static_cast<size_t>(t.End - t.Next) < n && !t.Refill())
+    return nullptr;
+  char* p = t.Next;
+  t.Next += n;
+  ++t.Made;
+  HT_UNPOISON(p, n);
+  return p;
+}
+
+bool PoolFreeIfPooled(void* P, std::size_t Size) noexcept {
   uintptr_t off = reinterpret_cast<uintptr_t>(P) - g_base.load(std::memory_order_acquire);
-  if (off >= g_size.load(std::memory_order_relaxed)) {
-    ::operator delete(P);
-    return;
-  }
+  if (off >= g_size.load(std::memory_order_relaxed))
+    return false;
   HT_POISON(P, Size ? (Size + 7) & ~size_t(7) : 8);
   (void)Size;
   char* c = reinterpret_cast<char*>(P) - (off & (kChunk - 1));
   if (reinterpret_cast<TChunkHead*>(c)->Live.fetch_sub(1, std::memory_order_acq_rel) == 1)
     release_chunk(c);
+  return true;
+}
+
+void PoolFree(void* P, std::size_t Size) noexcept {
+  if (!PoolFreeIfPooled(P, Size))
+    ::operator delete(P);
 }
 
 TNodePoolStats NodePoolStats() noexcept {

@@ -246,6 +246,35 @@ TEST(HtAttributeBatch, AppliesAsOneByOne) {
       }
 }
 
+// A parsed XML tag or JSON object: a few attributes into a new
+// case-sensitive set, the shape that takes the insertion-sort path. Many
+// small random batches with repeats and empty names.
+TEST(HtAttributeBatch, SmallBatchIntoEmptySetAppliesAsOneByOne) {
+  std::mt19937 rng(11);
+  const char* pool[] = {"a", "b", "ab", "", "z", "xml:space", "B", "a0"};
+  for (int round = 0; round < 3000; ++round) {
+    size_t n = 1 + rng() % 16;
+    std::vector<TBatchItem> items;
+    for (size_t i = 0; i < n; ++i)
+      items.push_back(TBatchItem{hstring::FromUtf8(pool[rng() % std::size(pool)]),
+                                 hstring(std::to_string(rng() % 100)),
+                                 rng() % 2 ? THtAttributeBatch::abKeepFirst : THtAttributeBatch::abReplace,
+                                 false});
+    THtAttributes ref(true), got(true);
+    if (round % 3 == 0) { // a set emptied by Clear keeps its spare entries
+      got.SetAttribute(u"q"_hs, u"1"_hs);
+      got.SetAttribute(u"r"_hs, u"2"_hs);
+      got.Clear();
+    }
+    apply_one_by_one(ref, items);
+    THtAttributeBatch batch;
+    for (const TBatchItem& it : items)
+      batch.Add(it.name, it.value, it.rule, it.keep);
+    batch.MoveTo(got);
+    ASSERT_EQ(names(got), names(ref)) << "round " << round;
+  }
+}
+
 // n attributes or keys in random order, each read once: the sort is done once
 // per tag, not per attribute. Repeats at the end test the first-wins rule of
 // valued attributes, the replace rule of bare ones and the last-wins rule of

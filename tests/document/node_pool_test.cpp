@@ -88,6 +88,67 @@ TEST(NodePool, CopiedTextOutlivesItsDocument) {
   EXPECT_EQ(name, u"Item 123!");
 }
 
+// Short texts of a parsed tree lie in the pool; a copy taken out keeps its
+// block (and so its chunk) alive after the document has gone, and frees it
+// when the last copy goes, on whichever thread.
+TEST(NodePool, PooledTextsOutliveTheirDocument) {
+  hstring name, value, blank, json_value, html_text, comment;
+  size_t before = detail::NodePoolStats().ChunksHeld;
+  {
+    THtXMLNode doc(u"<r><!--note--><a k=\"a value of some length\">  <b>text</b>\n</a></r>"_hs);
+    THtNode* a = doc.FindNode(u"a");
+    ASSERT_NE(a, nullptr);
+    value = a->GetAttribute(u"k");
+    name = a->FTag;
+    blank = a->FContent;
+    comment = doc.FirstChild()->FContent;
+    auto json = THtXMLNode::CreatefromJSON(u"{\"k\":\"json text\",\"n\":[12345]}"_hs);
+    json_value = json->GetAttribute(u"k");
+    THtmlNode html;
+    html.Parse(u"<p title=t>html text &amp; more</p>"_hs);
+    html_text = html.FindNode(u"p")->FirstChild()->FContent;
+  }
+  EXPECT_EQ(value, u"a value of some length");
+  EXPECT_EQ(name, u"a");
+  EXPECT_EQ(blank, u"  \n");
+  EXPECT_EQ(comment, u"note");
+  EXPECT_EQ(json_value, u"json text");
+  EXPECT_EQ(html_text, u"html text & more");
+  // Written through a copy: the pooled block is shared, so it is copied first.
+  hstring edit = value;
+  edit.UniqueData()[0] = u'A';
+  EXPECT_EQ(value, u"a value of some length");
+  edit += u"!";
+  EXPECT_EQ(edit, u"A value of some length!");
+  std::thread([&] { value.clear(); json_value = hstring(); }).join();
+  name.clear(), blank.clear(), comment.clear(), html_text.clear();
+  EXPECT_LE(detail::NodePoolStats().ChunksHeld, before + 1);
+}
+
+TEST(NodePool, TreeTextsComeFromThePoolOnlyInAScopeAndWhenShort) {
+  const std::u16string longer(2000, u'x'); // beyond the largest pool block
+  hstring outside = hstring::ForTree(u"abc", 3);
+  hstring inside, big, trimmed;
+  size_t before = detail::NodePoolStats().ChunksHeld;
+  {
+    TNodePoolScope pool;
+    inside = hstring::ForTree(u"abc", 3);
+    big = hstring::ForTree(longer);
+    trimmed = hstring::ForTree(u"abcdef", 6);
+  }
+  if (detail::NodePoolStats().Enabled) {
+    EXPECT_GE(detail::NodePoolStats().ChunksHeld, before);
+  }
+  EXPECT_EQ(outside, inside);
+  EXPECT_EQ(big.view(), longer);
+  EXPECT_TRUE(hstring::ForTree(u"", 0).empty());
+  trimmed.Truncate(2); // in place, then freed with its shorter length
+  EXPECT_EQ(trimmed, u"ab");
+  trimmed.clear();
+  inside.clear();
+  big.clear();
+}
+
 TEST(NodePool, NodesAreFreedOneByOne) {
   THtmlNode doc;
   doc.Parse(u"<ul><li>a<li>b<li>c</ul><p class=x>text</p>"_hs);

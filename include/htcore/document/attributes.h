@@ -80,7 +80,7 @@ public:
 
 private:
   friend class THtAttributeBatch;
-  int InsertAt(int Index, const hstring& AttrName, const hstring& AttrValue);
+  int InsertAt(int Index, hstring AttrName, hstring AttrValue);
 };
 
 // The attributes of one tag or object as a reader meets them, applied to a

@@ -37,7 +37,9 @@ struct StrHeader {
 };
 
 void* AllocStr(size_t unit_size, size_t length); // header + units + NUL, refs = 1
-void FreeStr(void* header);
+// As AllocStr, from the node pool inside a TNodePoolScope when short.
+void* AllocTreeStr(size_t unit_size, size_t length);
+void FreeStr(void* header, size_t unit_size) noexcept;
 [[noreturn]] void StrTooLong();
 
 } // namespace detail
@@ -219,6 +221,21 @@ public:
   static basic_hstring FromUtf8(std::string_view utf8);
   std::string toUtf8() const;
 
+  // A copy of s for a tree a reader builds: inside a TNodePoolScope a short
+  // text lies in the node pool beside the nodes; otherwise as the constructor.
+  static basic_hstring ForTree(const CharT* s, size_t n) {
+    basic_hstring r;
+    if (n == 0)
+      return r;
+    if (n > 0x7FFFFFF0u / sizeof(CharT))
+      detail::StrTooLong();
+    void* h = detail::AllocTreeStr(sizeof(CharT), n);
+    r.data_ = reinterpret_cast<CharT*>(static_cast<char*>(h) + sizeof(detail::StrHeader));
+    std::memcpy(r.data_, s, n * sizeof(CharT));
+    return r;
+  }
+  static basic_hstring ForTree(view_type v) { return ForTree(v.data(), v.size()); }
+
   // Substring by 0-based offset, clamped to the text.
   basic_hstring substr(size_t pos, size_t n = static_cast<size_t>(-1)) const {
     size_t len = size();
@@ -241,7 +258,7 @@ private:
   }
   void Release() noexcept {
     if (data_ && Header()->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
-      detail::FreeStr(Header());
+      detail::FreeStr(Header(), sizeof(CharT));
   }
   // Replaces the content with n units from s (uninitialised when s is null).
   void Assign(const CharT* s, size_t n) {

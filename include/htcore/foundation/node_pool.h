@@ -1,7 +1,8 @@
 // The node pool: where parsers put the small blocks of the trees they build.
 //
 // While a TNodePoolScope is alive on a thread, node-tree objects (nodes,
-// child lists, attribute sets and their arrays) come from 64 KiB chunks by
+// child lists, attribute sets and their arrays, and the short texts made
+// with hstring::ForTree) come from 64 KiB chunks by
 // bumping a pointer, so a parsed element costs no malloc and sits next to
 // its neighbours in memory. Outside a scope they come from operator new.
 // Either way each block is freed on its own, from any thread, and a block
@@ -27,6 +28,11 @@ namespace detail {
 void* PoolAlloc(std::size_t Size);
 // Frees a block of either origin; Size is the size it was made with.
 void PoolFree(void* P, std::size_t Size) noexcept;
+// For the texts of a tree (hstring::ForTree): a block from the pool inside a
+// scope, else null, and the caller takes malloc.
+void* PoolAllocOrNull(std::size_t Size) noexcept;
+// Frees P and answers true when it is a pool block; false leaves it alone.
+bool PoolFreeIfPooled(void* P, std::size_t Size) noexcept;
 inline constexpr std::size_t kPoolMaxBlock = 1024;
 inline constexpr std::size_t kPoolChunk = std::size_t(64) << 10;
 
