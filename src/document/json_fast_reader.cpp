@@ -11,6 +11,9 @@
 #include "htcore/document/json_parser.h"
 
 #include <deque>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 #include <string>
 #include <string_view>
 #include <vector>
@@ -109,7 +112,26 @@ void TJSONReader::ReadString() {
   const char16_t* q = p + 1;
   const char16_t* seg = q;
   bool escaped = false;
+#ifdef __SSE2__
+  const __m128i vq = _mm_set1_epi16(static_cast<short>(quote)), vb = _mm_set1_epi16(u'\\'),
+                vc = _mm_set1_epi16(0x1F);
+#endif
   for (;;) {
+#ifdef __SSE2__
+    // Plain units eight at a time; the loop below looks at the first unit
+    // that ends the string, escapes or is a control.
+    while (end - q >= 8) {
+      __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
+      __m128i hit = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(v, vq), _mm_cmpeq_epi16(v, vb)),
+                                 _mm_cmpeq_epi16(_mm_subs_epu16(v, vc), _mm_setzero_si128()));
+      unsigned m = static_cast<unsigned>(_mm_movemask_epi8(hit));
+      if (m) {
+        q += __builtin_ctz(m) >> 1;
+        break;
+      }
+      q += 8;
+    }
+#endif
     if (q >= end)
       give_up(); // "Unterminated string"
     char16_t c = *q;
