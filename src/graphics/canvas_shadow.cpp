@@ -89,16 +89,16 @@ void THtCanvas::ShadowNinePatch(const THtShadowProps& Props, const TRectF& Box, 
     return;
   int size = static_cast<int>(sizeD);
   const THtShadowProps& old = cache.Props;
-  bool hit = cache.Valid && cache.Bitmap && old.Color == Props.Color &&
+  bool hit = cache.Valid && cache.B && old.Color == Props.Color &&
              SameValue(old.MaxBorderRadius, Props.MaxBorderRadius) && SameValue(old.HOffset, Props.HOffset) &&
              SameValue(old.VOffset, Props.VOffset) && SameValue(old.Blur, Props.Blur);
   if (!hit) {
     cache.Props = Props;
-    if (!cache.Bitmap)
-      cache.Bitmap.reset(BitmapClass().Create(size, size, true));
+    if (!cache.B)
+      cache.B.reset(BitmapClass().Create(size, size, true));
     else
-      cache.Bitmap->SetSize(size, size);
-    TBitmapScene bs(*this, *cache.Bitmap, size, size);
+      cache.B->SetSize(size, size);
+    TBitmapScene bs(*this, *cache.B, size, size);
     if (!bs.canvas)
       return;
     THtCanvas& c = *bs.canvas;
@@ -145,7 +145,7 @@ void THtCanvas::ShadowNinePatch(const THtShadowProps& Props, const TRectF& Box, 
   };
   for (auto& p : parts)
     if (DocumentRectInView(p.dest))
-      DrawBitmap(*cache.Bitmap, p.dest, p.src, 1.0f);
+      DrawBitmap(*cache.B, p.dest, p.src, 1.0f);
   if (device)
     RestoreState();
 }

@@ -21,6 +21,7 @@
 #include "htcore/foundation/stream.h"
 #include "htcore/foundation/string_list.h"
 #include "htcore/graphics/canvas_types.h"
+#include "htcore/graphics/image_caches.h"
 #include "htcore/graphics/path.h"
 #include "htcore/style/measure.h"
 
@@ -62,14 +63,6 @@ struct THtBackgroundFill {
   TBackgroundSize SizeKind = bsAuto;
   TMeasure Width, Height;        // bsSize: the size when set (mfNotAuto)
   TMeasure PositionX, PositionY; // mfLeft/mfCenter/mfRight, mfTop/mfBottom or a length
-};
-
-// The last shadow painted as a nine-patch, kept by the canvas.
-class THtShadowCache : public TObject {
-public:
-  std::unique_ptr<THtBitmap> Bitmap;
-  THtShadowProps Props;
-  bool Valid = false;
 };
 
 class THtCanvas : public TObject {
