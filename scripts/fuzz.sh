@@ -52,6 +52,7 @@ xpath_fuzz) kind=xml modes=('//*[@id]\n' '//a/@href\n' '/*/*[2]/*\n' '//*[text()
 template_fuzz) kind=xml modes=('\x00' '\x01' '\x02' '\x03') limit=8191 ;;
 sax_fuzz) kind=xml modes=('\x00' '\x00' '\x10' '\x0c') ;; # detected encoding; skips; repeated
 json_tokenizer_fuzz | json_node_fuzz) kind=json ;;
+image_fuzz) kind=image modes=('\x01' '\x03' '\x00') limit=65535 ;; # as a DIB, flipped; as raw rows
 esac
 if [[ -n $kind && ${SEEDS:-1} != 0 ]]; then
   case $kind in
@@ -59,6 +60,8 @@ if [[ -n $kind && ${SEEDS:-1} != 0 ]]; then
   xml) list=(find /usr/share -type f \( -name '*.xml' -o -name '*.svg' -o -name '*.xsl' -o -name '*.xsd' \
     -o -name '*.rng' -o -name '*.ui' -o -name '*.docbook' \)) ;;
   json) list=(find /usr/share /usr/lib/node_modules /usr/lib/python3 -type f -name '*.json') ;;
+  image) list=(find /usr/share -type f \( -name '*.bmp' -o -name '*.gif' -o -name '*.png' -o -name '*.jpg' \
+    -o -name '*.ico' -o -name '*.tif' -o -name '*.tiff' \)) ;;
   esac
   # The same files each run on one machine: a fixed shuffle of the sorted list.
   n=0
