@@ -24,7 +24,7 @@ const TUnit kUnits[] = {
     {"htdictionary", StartHtDictionary, StopHtDictionary},
     {"htmlpars", StartHtmlPars, StopHtmlPars},
     {"htmlcss", StartHtmlCss, StopHtmlCss},
-    {"htmlani", nullptr, nullptr},
+    {"htmlani", StartHtmlAni, StopHtmlAni},
     {"htxml", nullptr, nullptr},
     {"htcanvas", nullptr, nullptr},
     {"htinet", nullptr, nullptr},

@@ -21,6 +21,10 @@ void StopHtmlPars();
 void StartHtmlCss();
 void StopHtmlCss();
 
+// htmlani: the animation thread, stopped here and started on first use.
+void StartHtmlAni();
+void StopHtmlAni();
+
 // httemplates: the built-in template functions.
 void StartHtTemplates();
 void StopHtTemplates();

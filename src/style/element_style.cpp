@@ -110,11 +110,15 @@ bool TBaseElementStyle::GetMeasureProp(TCSSProperty Prop, TMeasure& Measure, boo
                                        const float* Parent) {
   Measure.Init(this);
   Measure.Parent = Parent;
+  // A running transition answers first: a key-frame animation moves values
+  // the element does not declare.
+  if (UseTransition && Transitions.Count() && GetTransitionMeasure(Prop, Measure)) {
+    Measure.Parent = Parent;
+    return true;
+  }
   if (!Inherit && !PropertySet.Contains(Prop))
     return false;
   ResolveFontSize(); // em reads it
-  if (UseTransition && Transitions.Count() && GetTransitionMeasure(Prop, Measure))
-    return true;
   const TCSSValue* v = FindEffective(Prop, Inherit);
   if (!v)
     return false;

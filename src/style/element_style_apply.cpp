@@ -5,6 +5,7 @@
 #include "htcore/style/styled_node.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace ht {
 
@@ -15,15 +16,15 @@ bool is_margin(TCSSProperty p) {
          p == cspMarginBottom;
 }
 
-// A time in milliseconds: "0.3s", "300ms", or a bare number of milliseconds.
-float milliseconds(const TCSSToken& t) {
+// A duration or delay: seconds times 1000, any other unit as it stands;
+// rounded, and held in 0 .. kMaxAnimationTime.
+int animation_ms(const TCSSToken& t) {
+  double v = t.AsFloat;
   if (t.CType == ctDimension && t.MUnit == muS)
-    return t.AsFloat * 1000;
-  return t.AsFloat;
-}
-
-bool is_time(const TCSSToken& t) {
-  return (t.CType == ctDimension && (t.MUnit == muS || t.MUnit == muMS)) || t.CType == ctNumber;
+    v *= 1000;
+  if (!(v > 0))
+    return 0;
+  return v >= kMaxAnimationTime ? kMaxAnimationTime : static_cast<int>(std::lround(v));
 }
 
 // A keyword field takes the slot, or the parent's value for "inherit".
@@ -320,7 +321,7 @@ void TBaseElementStyle::DoApplyValue(const TCSSValue* Value, TCSSTokenSequence& 
     CreateAnimation()->Name = t.Name;
     break;
   case cspAnimationDuration:
-    CreateAnimation()->Duration = milliseconds(t);
+    CreateAnimation()->Duration = animation_ms(t);
     break;
   case cspAnimationTimingFunction: {
     TCSSTiming tm;
@@ -351,7 +352,7 @@ void TBaseElementStyle::DoApplyValue(const TCSSValue* Value, TCSSTokenSequence& 
   case cspTransitionDuration:
     for (int i = 0; i < Transitions.Count(); ++i)
       if (auto* tr = static_cast<TCSSTransition*>(Transitions.Objects(i)))
-        tr->Duration = milliseconds(t);
+        tr->Duration = animation_ms(t);
     break;
   default:
     break; // the presentation properties of SVG are a host's
@@ -451,6 +452,11 @@ void TBaseElementStyle::Reset(bool KeepLast) {
   Visibility = cvVisible;
   if (Animation)
     Animation->Active = false;
+  // Transitions stay (animations may point into them); the next cascade
+  // declares again the ones that still apply.
+  for (int i = 0; i < Transitions.Count(); ++i)
+    if (auto* t = static_cast<TCSSTransition*>(Transitions.Objects(i)))
+      t->Duration = 0;
   PropertySet.Clear();
   FProps.clear();
   GeneralProps = 0;
@@ -523,7 +529,7 @@ bool TBaseElementStyle::Same(const TBaseElementStyle* Other, bool Force) const {
 
 void TBaseElementStyle::GetCSSVariable(TCSSTokenSequence&) {}
 
-// --- transitions and animations: the values; ticking is the animation engine's ---
+// --- transitions and animations: the declarations and the values in flight ---
 
 TCSSTransition* TBaseElementStyle::FindTransition(TCSSProperty Prop) const {
   const TCSSPropRec* row = CSSPropRow(Prop);
@@ -540,37 +546,116 @@ TCSSTransition* TBaseElementStyle::FindTransition(TCSSProperty Prop) const {
   return all;
 }
 
-// A transition answers with its value in flight; values fly only once the
-// animation engine runs them, so until then nothing is running.
-bool TBaseElementStyle::GetTransitionColor(TCSSProperty, uint32_t&) { return false; }
-bool TBaseElementStyle::GetTransitionMeasure(TCSSProperty, TMeasure&) { return false; }
-bool TBaseElementStyle::GetTransitionNumber(TCSSProperty, float&) { return false; }
+TCSSTransition* TBaseElementStyle::ActiveTransition(TCSSProperty Prop) const {
+  const TCSSPropRec* row = CSSPropRow(Prop);
+  if (!row)
+    return nullptr;
+  for (int i = 0; i < Transitions.Count(); ++i) {
+    auto* t = static_cast<TCSSTransition*>(Transitions.Objects(i));
+    if (t && t->Prop == row && t->Active.load(std::memory_order_relaxed))
+      return t;
+  }
+  return nullptr;
+}
+
+TCSSTransition* TBaseElementStyle::StartTransition(TCSSProperty Prop, bool Force) {
+  const TCSSPropRec* row = CSSPropRow(Prop);
+  if (!row)
+    return nullptr;
+  TCSSTransition* t = FindTransition(Prop);
+  if (t && t->Prop == row)
+    return t;
+  if (!Force && (!t || t->Duration <= 0))
+    return nullptr;
+  // Entries live as long as the style: a running animation points into them.
+  auto own = std::make_unique<TCSSTransition>();
+  if (t)
+    own->Assign(*t);
+  own->Active.store(false);
+  own->Name = row->Name;
+  own->Prop = row;
+  TCSSTransition* made = own.get();
+  Transitions.AddObject(row->Name, own.release());
+  return made;
+}
+
+bool TBaseElementStyle::GetTransitionColor(TCSSProperty Prop, uint32_t& Color) {
+  const TCSSTransition* t = ActiveTransition(Prop);
+  if (!t || !t->IsColor)
+    return false;
+  Color = t->GetColor();
+  return true;
+}
+
+bool TBaseElementStyle::GetTransitionMeasure(TCSSProperty Prop, TMeasure& Measure) {
+  const TCSSTransition* t = ActiveTransition(Prop);
+  if (!t || t->IsColor)
+    return false;
+  const float px = t->GetNumber();
+  Measure.Init(this);
+  Measure.SetFPixels(Zoom > 0 ? px / Zoom : px);
+  return true;
+}
+
+bool TBaseElementStyle::GetTransitionNumber(TCSSProperty Prop, float& Number) {
+  const TCSSTransition* t = ActiveTransition(Prop);
+  if (!t || t->IsColor)
+    return false;
+  Number = t->GetNumber();
+  return true;
+}
 
 void TBaseElementStyle::AddTransition(TCSSTokenSequence& Seq) {
-  Transitions.FreeListObjects();
+  // Entries are never freed here: an animation may be moving their values.
+  // One declared again is updated; the first of a name in a list wins.
+  std::vector<hstring> seen;
+  auto add = [&](const hstring& name, int duration, int delay, TCSSTiming timing) {
+    if (std::find(seen.begin(), seen.end(), name) != seen.end())
+      return;
+    seen.push_back(name);
+    TCSSTransition* t = nullptr;
+    if (int i = Transitions.IndexOf(name); i >= 0)
+      t = static_cast<TCSSTransition*>(Transitions.Objects(i));
+    if (!t) {
+      auto own = std::make_unique<TCSSTransition>();
+      own->Name = name;
+      if (const TCSSPropRec* row = CSSPropDictionary().Find(name.view()); row && row->Prop != cspUnknown)
+        own->Prop = row;
+      t = own.get();
+      Transitions.AddObject(name, own.release());
+    }
+    t->Duration = duration;
+    t->Delay = delay;
+    t->Timing = timing;
+  };
   while (Seq.T) {
-    auto tr = std::make_unique<TCSSTransition>();
-    int times = 0;
+    hstring name;
+    int duration = -1, delay = -1;
+    TCSSTiming timing = tmEase;
     for (; Seq.T && Seq.T->CType != ctComma; Seq.Next()) {
       const TCSSToken& t = *Seq.T;
       TCSSTiming tm;
-      if (t.CType == ctIdent && tr->Name.empty() && !IsEnum2(u"tm", t.Name.view(), tm)) {
-        tr->Name = LowerCase(t.Name.view());
-      } else if (t.CType == ctIdent && IsEnum2(u"tm", t.Name.view(), tm)) {
-        tr->Timing = tm;
+      if (t.CType == ctIdent && IsEnum2(u"tm", t.Name.view(), tm)) {
+        timing = tm;
+      } else if (t.CType == ctIdent && name.empty()) {
+        name = LowerCase(t.Name.view());
       } else if (t.CType == ctFunction) {
         SkipCSSFunction(Seq); // cubic-bezier(), steps(): the timing stays ease
         if (!Seq.T)
           break;
-      } else if (is_time(t)) {
-        (times++ == 0 ? tr->Duration : tr->Delay) = milliseconds(t);
+      } else if (t.CType == ctDimension) {
+        (duration < 0 ? duration : delay) = animation_ms(t);
       }
     }
-    if (tr->Name.empty())
-      tr->Name = u"all"_hs; // a group without a name applies to every property
-    if (!SameText(tr->Name.view(), u"none")) {
-      hstring name = tr->Name;
-      Transitions.AddObject(name, tr.release());
+    if (duration < 0)
+      break; // a group without a duration ends the list
+    if (name.empty())
+      name = u"all"_hs;
+    if (name == u"background") {
+      add(u"background-color"_hs, duration, delay, timing);
+      add(u"background-image"_hs, duration, delay, timing);
+    } else if (name != u"none") {
+      add(name, duration, delay, timing);
     }
     if (Seq.T)
       Seq.Next();
@@ -584,27 +669,45 @@ TCSSAnimation* TBaseElementStyle::CreateAnimation() {
 }
 
 void TBaseElementStyle::AddAnimation(TCSSTokenSequence& Seq) {
-  TCSSAnimation* a = CreateAnimation();
-  bool duration = false;
+  hstring name;
+  int duration = -1, delay = 0, count = 1;
+  TCSSTiming timing = tmEase;
   for (; Seq.T && Seq.T->CType != ctComma; Seq.Next()) {
     const TCSSToken& t = *Seq.T;
     TCSSTiming tm;
-    if (t.CType == ctIdent && IsEnum2(u"tm", t.Name.view(), tm))
-      a->Timing = tm;
-    else if (t.CType == ctIdent && a->Name.empty() && !detail::is_word(t, u"infinite") &&
-             !detail::is_word(t, u"alternate") && !detail::is_word(t, u"forwards") &&
-             !detail::is_word(t, u"backwards") && !detail::is_word(t, u"both") &&
-             !detail::is_word(t, u"none"))
-      a->Name = t.Name;
-    else if (!duration && t.CType == ctDimension && (t.MUnit == muS || t.MUnit == muMS)) {
-      a->Duration = milliseconds(t);
-      duration = true;
+    if (t.CType == ctIdent && IsEnum2(u"tm", t.Name.view(), tm)) {
+      timing = tm;
+    } else if (t.CType == ctIdent && detail::is_word(t, u"infinite")) {
+      count = -1;
+    } else if ((t.CType == ctIdent || t.CType == ctString) && name.empty() &&
+               !detail::is_word(t, u"alternate") && !detail::is_word(t, u"forwards") &&
+               !detail::is_word(t, u"backwards") && !detail::is_word(t, u"both") && !detail::is_word(t, u"normal") &&
+               !detail::is_word(t, u"reverse") && !detail::is_word(t, u"running") &&
+               !detail::is_word(t, u"paused")) {
+      name = t.Name;
+    } else if (t.CType == ctDimension) {
+      (duration < 0 ? duration : delay) = animation_ms(t);
+    } else if (t.CType == ctNumber && count > 0 && t.AsFloat >= 1) {
+      // An iteration count; a huge one runs as long as "infinite" would.
+      count = t.AsFloat >= 1e9 ? -1 : static_cast<int>(t.AsFloat);
     } else if (t.CType == ctFunction) {
       SkipCSSFunction(Seq);
       if (!Seq.T)
         break;
     }
   }
+  const bool fresh = !Animation;
+  TCSSAnimation* a = CreateAnimation();
+  // The same animation declared again (a restyle) runs on where it is.
+  if (fresh || a->Name != name || a->Duration != std::max(duration, 0)) {
+    a->Name = name;
+    a->Duration = std::max(duration, 0);
+    a->Timing = timing;
+    a->IterationCount = count;
+    a->Restart(delay);
+    a->Steps.clear();
+  }
+  a->Active = !name.empty() && name != u"none";
 }
 
 } // namespace ht

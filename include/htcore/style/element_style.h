@@ -18,6 +18,7 @@
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/string_list.h"
 #include "htcore/graphics/font_style.h"
+#include "htcore/style/animation.h"
 #include "htcore/style/css_cascade.h"
 #include "htcore/style/css_properties.h"
 #include "htcore/style/css_selector.h"
@@ -40,26 +41,6 @@ using TCSSGeneralProperties = uint8_t;
 constexpr TCSSGeneralProperties CGBit(TCSSGeneralProperty p) noexcept {
   return static_cast<TCSSGeneralProperties>(1u << p);
 }
-
-// The running key-frame animation of an element; ticking is a host's.
-class TCSSAnimation : public TObject {
-public:
-  hstring Name;
-  float Duration = 0; // milliseconds
-  TCSSTiming Timing = tmEase;
-  bool Active = false;
-};
-
-// One "transition" group: which property, how long, how, and after what
-// delay. Active and the value in flight belong to the animation engine.
-class TCSSTransition : public TObject {
-public:
-  hstring Name;       // a property name, or "all"
-  float Duration = 0; // milliseconds
-  float Delay = 0;    // milliseconds
-  TCSSTiming Timing = tmEase;
-  bool Active = false;
-};
 
 // The font size of a root element that nothing sized.
 inline constexpr float kDefaultFontSize = 16;
@@ -291,6 +272,12 @@ public:
   bool GetTransitionNumber(TCSSProperty Prop, float& Number);
   // The transition of a property (or "all"), or null.
   TCSSTransition* FindTransition(TCSSProperty Prop) const;
+  // The running transition of Prop, or null.
+  TCSSTransition* ActiveTransition(TCSSProperty Prop) const;
+  // The transition entry of Prop itself, made from the "all" entry when only
+  // that one covers it; null when no transition covers Prop. With Force an
+  // entry is made anyway (key-frame animations move values through it).
+  TCSSTransition* StartTransition(TCSSProperty Prop, bool Force = false);
   void AddTransition(TCSSTokenSequence& Seq);
   void AddAnimation(TCSSTokenSequence& Seq);
   TCSSAnimation* CreateAnimation();
