@@ -156,9 +156,11 @@ bool TCSSAnimation::Step(int Elapsed) {
   // Position moves first, so that the frame is the one of this moment, not
   // of the tick before.
   Position = add_time(std::max(Position, 0), Elapsed);
+  bool wrapped = false;
   if (Position >= Duration) {
     // Whole iterations in one go: a long tick costs no loop.
     const int64_t passed = Position / Duration;
+    wrapped = true;
     if (IterationCount < 0) {
       Position %= Duration;
     } else if (passed >= IterationCount) {
@@ -178,7 +180,8 @@ bool TCSSAnimation::Step(int Elapsed) {
       TargetFrame = i;
       break;
     }
-  if (TargetFrame == CurrentFrame)
+  // A new iteration begins its frame again, even when it is the same one.
+  if (TargetFrame == CurrentFrame && !(wrapped && Active))
     return false;
   CurrentFrame = TargetFrame;
   FrameChanged = true;
@@ -191,6 +194,8 @@ bool TCSSAnimation::LoadSteps(const std::vector<TCSSStyleSheet*>& Sheets) {
     if (!*it || !(*it)->KeyFrames.Get(Name))
       continue;
     (*it)->GetAnimationSteps(Name, Steps);
+    // A percentage given twice is one step (the list keeps both rules).
+    Steps.erase(std::unique(Steps.begin(), Steps.end()), Steps.end());
     return Steps.size() >= 2;
   }
   Steps.clear();

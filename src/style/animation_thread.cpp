@@ -398,6 +398,12 @@ size_t THtAnimationSet::Count() const {
   return FItems.size();
 }
 
+bool THtAnimationSet::Contains(const std::function<bool(const TAbstractAnimation&)>& Test) const {
+  std::lock_guard<std::recursive_mutex> g(FLock);
+  return std::any_of(FItems.begin(), FItems.end(),
+                     [&](const std::unique_ptr<TAbstractAnimation>& a) { return Test(*a); });
+}
+
 bool THtAnimationSet::AnimationStep(int Elapsed, bool& Changed) {
   std::lock_guard<std::recursive_mutex> g(FLock);
   for (size_t i = 0; i < FItems.size();) {

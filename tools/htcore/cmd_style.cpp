@@ -1,17 +1,22 @@
-// htcore style FILE [--css FILE]... [--width N] [--props a,b,...]
+// htcore style FILE [--css FILE]... [--width N] [--props a,b,...] [--at MS [--then CSS]]
 //
 // Styles an HTML document with the ready driver (default sheet, quirks sheet
 // without a standards doctype, <style> and local <link> sheets, the --css
 // sheets, inline style) and prints each element's computed values as one
 // JSON object a line: {"path":..,"tag":..,"n":..,"display":"block",...}.
+// With --at the values are those MS milliseconds after load, the document's
+// key-frame animations (and, with --then, the transitions that a rule added
+// at load sets off) driven by the animation thread on a clock of the tool's.
 #include "commands.h"
 #include "htcore/foundation/text_utils.h"
 #include "htcore/style/computed_css.h"
 #include "htcore/style/element_style.h"
+#include "htcore/style/style_animator.h"
 #include "htcore/style/style_driver.h"
 #include "htcore/style/styled_node.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
 #include <exception>
 #include <map>
@@ -125,6 +130,8 @@ int CmdStyle(int argc, char** argv) {
   std::vector<std::string> props(std::begin(kDefaultProps), std::end(kDefaultProps));
   const char* file = nullptr;
   int width = 1024;
+  long long at_ms = -1;
+  std::string then_css;
   for (int i = 0; i < argc; ++i) {
     std::string opt = argv[i];
     bool has_value = i + 1 < argc;
@@ -135,6 +142,13 @@ int CmdStyle(int argc, char** argv) {
       if (w.empty() || w.size() > 6 || w.find_first_not_of("0123456789") != std::string::npos || std::stoi(w) == 0)
         return FailUsage("style", "--width takes a number of pixels from 1 to 999999, not '" + w + "'");
       width = std::stoi(w);
+    } else if (opt == "--at" && has_value) {
+      std::string a = argv[++i];
+      if (a.empty() || a.size() > 9 || a.find_first_not_of("0123456789") != std::string::npos)
+        return FailUsage("style", "--at takes milliseconds from 0 to 999999999, not '" + a + "'");
+      at_ms = std::stoll(a);
+    } else if (opt == "--then" && has_value) {
+      then_css = argv[++i];
     } else if (opt == "--props" && has_value) {
       props = split_props(argv[++i]);
       if (props.empty())
@@ -149,6 +163,8 @@ int CmdStyle(int argc, char** argv) {
   }
   if (!file)
     return FailUsage("style");
+  if (!then_css.empty() && at_ms < 0)
+    return FailUsage("style", "--then needs --at");
   std::string bytes;
   if (!ReadInput(file, bytes))
     return 1;
@@ -189,6 +205,36 @@ int CmdStyle(int argc, char** argv) {
     driver.SetViewport(width);
     driver.Run();
 
+    // The animations run on a thread of their own whose clock only moves
+    // when the loop below says; each round is followed by the main-thread
+    // work it queued, as a host's message loop would do it.
+    std::atomic<int64_t> now{0};
+    ht::TBaseAnimationThread thread;
+    thread.Clock = [&] { return now.load(); };
+    thread.Step = 1 << 30;
+    std::unique_ptr<ht::TStyleAnimator> animator;
+    if (at_ms >= 0) {
+      animator = std::make_unique<ht::TStyleAnimator>(driver, &thread);
+      animator->StartAnimations();
+      if (!then_css.empty()) {
+        animator->SaveLastProps();
+        driver.AddSheet(ht::hstring::FromUtf8(then_css));
+        driver.Invalidate();
+        driver.Run();
+        animator->StartTransitions();
+      }
+      constexpr int64_t kTick = 16;
+      for (int64_t t = 0; t < at_ms;) {
+        t = std::min<int64_t>(at_ms, t + kTick);
+        now = t;
+        const uint64_t target = thread.Rounds() + 1;
+        thread.Wake();
+        if (!thread.WaitRounds(target, 60000))
+          return Fail("the animation thread does not answer");
+        thread.RunQueued();
+      }
+    }
+
     std::vector<ht::hstring> names;
     for (const std::string& p : props)
       names.push_back(ht::hstring::FromUtf8(p));
@@ -216,6 +262,8 @@ int CmdStyle(int argc, char** argv) {
         n = n->FParent;
       n = n == &doc ? nullptr : n->FNextSibling;
     }
+    animator.reset();
+    thread.Stop();
     return 0;
   } catch (const std::exception& e) {
     return Fail(std::string(file) + ": " + e.what());

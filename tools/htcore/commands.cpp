@@ -115,7 +115,7 @@ const std::vector<Command>& Commands() {
        "\n"
        "example:\n"
        "  htcore query page.html 'ul.menu > li:first-child a'\n"},
-      {"style", "style FILE|- [--css FILE]... [--width N] [--props a,b,...]",
+      {"style", "style FILE|- [--css FILE]... [--width N] [--props a,b,...] [--at MS [--then CSS]]",
        "computed style of every element of an HTML document, one JSON object a line", CmdStyle,
        "Styles an HTML document as a host would: the default sheet, the quirks sheet when\n"
        "the document has no standards doctype, its <style> elements and the <link> sheets\n"
@@ -145,9 +145,19 @@ const std::vector<Command>& Commands() {
        "                 color, background-color, font-family, font-size, font-weight,\n"
        "                 line-height, margin-*, padding-*, border-*-width, width, height,\n"
        "                 text-align\n"
+       "  --at MS        the values MS milliseconds after load: the key-frame animations\n"
+       "                 (animation: name duration [timing] [count|infinite] [delay]) run\n"
+       "                 from load on a clock of the tool's, ticking every 16 ms, and a\n"
+       "                 frame's lengths, numbers and colours move from the key frame before;\n"
+       "                 an animation that has ended shows the declared values again. 0 is\n"
+       "                 the document as loaded, before the first tick\n"
+       "  --then CSS     with --at: a sheet added right after load, as a script would; the\n"
+       "                 properties it changes that a transition covers move from the old\n"
+       "                 value to the new one, and --at tells how far they are\n"
        "\n"
        "example:\n"
-       "  htcore style page.html --width 480 --props display,color,margin-*\n"},
+       "  htcore style page.html --width 480 --props display,color,margin-*\n"
+       "  htcore style page.html --at 250 --then 'p { opacity: 0 }' --props opacity\n"},
       {"path", "path normalize|bounds|flatten [--tolerance T] DATA|-",
        "SVG path data made absolute, its bounds, or flattened to lines", CmdPath,
        "Reads SVG path data (DATA '-' reads standard input) and writes it back with absolute\n"

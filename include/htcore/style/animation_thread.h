@@ -162,6 +162,8 @@ public:
   void RemoveTransition(const TCSSTransition* T);
   void Clear();
   size_t Count() const;
+  // Whether one of the animations passes Test (under the lock).
+  bool Contains(const std::function<bool(const TAbstractAnimation&)>& Test) const;
   // Whether the set keeps its place on the thread once empty.
   bool KeepAlive = true;
 
