@@ -6,6 +6,7 @@
 #include "htcore/foundation/text_utils.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <cmath>
 
 namespace ht {
@@ -314,7 +315,12 @@ void TCSSStyleSheet::TakeSection(std::unique_ptr<TCSSSection> S, int Weight, boo
         if (sp.Empty() && d >= 0 && d <= 100)
           pct = static_cast<int>(std::lround(d));
       }
-      if (pct >= 0)
+      // A percentage given again takes the later rule: the list stays at
+      // 101 steps whatever the number of rules.
+      int at;
+      if (pct >= 0 && list->Find(pct, at))
+        list->PutObject(at, S.get());
+      else if (pct >= 0)
         list->AddObject(pct, S.get());
     }
     FKeyFrameSections.push_back({KeyFrame, S.get()});
@@ -416,10 +422,10 @@ hstring TCSSStyleSheet::Write(bool Compact) const {
   std::u16string out;
   const TCSSMediaSet* open = nullptr;
   const char16_t* eol = Compact ? u"" : u"\r\n";
-  auto is_frame = [&](const TCSSSection* s) {
-    return std::any_of(FKeyFrameSections.begin(), FKeyFrameSections.end(),
-                       [&](const auto& f) { return f.second == s; });
-  };
+  std::unordered_set<const TCSSSection*> frames;
+  for (const auto& f : FKeyFrameSections)
+    frames.insert(f.second);
+  auto is_frame = [&](const TCSSSection* s) { return frames.count(s) != 0; };
   for (const auto& s : fSections) {
     if (is_frame(s.get()))
       continue;

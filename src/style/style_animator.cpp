@@ -85,7 +85,11 @@ TStyleAnimator::TStyleAnimator(TStyleDriver& Driver, TBaseAnimationThread* Threa
 
 TStyleAnimator::~TStyleAnimator() { FThread.UnregisterDoc(&Set); }
 
-void TStyleAnimator::RemoveElement(TStyledHTMLNode* Node) { Set.RemoveElement(Node); }
+void TStyleAnimator::RemoveElement(TStyledHTMLNode* Node) {
+  Set.RemoveElement(Node);
+  if (Node && Node->Style())
+    FMoved.erase(Node->Style()->Animation.get());
+}
 
 void TStyleAnimator::SaveLastProps() {
   each_styled(FDriver.Root(), [](TStyledHTMLNode* e) { e->Style()->SaveLastProps(); });
@@ -116,17 +120,14 @@ void TStyleAnimator::TakeFrame(TAnimatedElement& E) {
   if (!a || !s)
     return;
   // The values of the frame before stop moving; at the end they answer no more.
-  std::vector<TCSSTransition*> moved;
-  Set.Contains([&](const TAbstractAnimation& x) {
-    if (x.Animation == a && x.Transition)
-      moved.push_back(x.Transition);
-    return false;
-  });
+  std::vector<TCSSTransition*>& moved = FMoved[a];
   for (TCSSTransition* t : moved) {
     Set.RemoveTransition(t);
     if (!a->Active)
       t->Active.store(false);
   }
+  if (!a->Active)
+    moved.clear();
   const int n = static_cast<int>(a->Steps.size());
   if (!a->Active || n < 2)
     return;
@@ -152,6 +153,8 @@ void TStyleAnimator::TakeFrame(TAnimatedElement& E) {
       resting_value(*s, r, c0, n0);
     TCSSTransition* t = s->StartTransition(r->Prop, true);
     Set.RemoveTransition(t);
+    if (std::find(moved.begin(), moved.end(), t) == moved.end())
+      moved.push_back(t);
     std::unique_ptr<TAnimatedProperty> x;
     if (r->PropType == cptColor) {
       auto c = std::make_unique<TAnimatedColor>();
@@ -175,7 +178,7 @@ int TStyleAnimator::StartTransitions() {
   int started = 0;
   each_styled(FDriver.Root(), [&](TStyledHTMLNode* e) {
     TBaseElementStyle* s = e->Style();
-    if (!s->Transitions.Count() || s->FLastProps.empty())
+    if (!s->Transitions.Count())
       return;
     std::vector<const TCSSPropRec*> rows;
     for (const TCSSValue* v : s->FProps)
@@ -185,15 +188,26 @@ int TStyleAnimator::StartTransitions() {
       if (animatable(r.Prop) && std::find(rows.begin(), rows.end(), r.Prop) == rows.end())
         rows.push_back(r.Prop);
     for (const TCSSPropRec* r : rows) {
+      // The value before: the element's snapshot, else what it inherited or
+      // the initial value, as it showed then.
+      uint32_t c0 = 0;
+      float n0 = r->PropType == cptNumber ? r->DefaultValue() : 0;
       auto last = std::find_if(s->FLastProps.begin(), s->FLastProps.end(),
                                [&](const TCSSPropValueRec& x) { return x.Prop == r; });
-      if (last == s->FLastProps.end() || (r->PropType == cptColor && last->AsNumber == kCSSSlotInherit))
-        continue; // nothing to move from
+      if (last != s->FLastProps.end() && !(r->PropType == cptColor && last->AsNumber == kCSSSlotInherit)) {
+        n0 = std::bit_cast<float>(last->AsNumber);
+        c0 = last->AsNumber;
+      } else if (r->PropType == cptLength) {
+        continue; // from auto nothing moves
+      } else if (r->Inherited) {
+        if (r->PropType == cptColor)
+          s->GetLastColorProp(r->Prop, c0);
+        else
+          s->GetLastNumberProp(r->Prop, n0);
+      }
       uint32_t c1 = 0;
       float n1 = 0;
       resting_value(*s, r, c1, n1);
-      const float n0 = std::bit_cast<float>(last->AsNumber);
-      const uint32_t c0 = last->AsNumber;
       const bool differs = r->PropType == cptColor ? c0 != c1 : std::fabs(n0 - n1) > 1e-4f;
       if (!differs)
         continue;

@@ -250,6 +250,16 @@ TEST(KeyFrames, StepsComeFromTheSheets) {
   EXPECT_EQ(a->Steps, (std::vector<int>{0, 40, 100}));
   a->Name = u"missing"_hs;
   EXPECT_FALSE(a->LoadSteps(d.driver->Sheets()));
+  // A percentage given again: one step, the later rule.
+  TCSSStyleSheet sheet;
+  sheet.Parse(u"@keyframes p { 50% { opacity: .1 } from, 50% { opacity: .9 } to { opacity: 1 } }"_hs);
+  std::vector<int> steps;
+  sheet.GetAnimationSteps(u"p"_hs, steps);
+  EXPECT_EQ(steps, (std::vector<int>{0, 50, 100}));
+  std::vector<std::pair<uint32_t, const TCSSValue*>> list;
+  sheet.GetAnimationSelectors(u"p"_hs, 50, list);
+  ASSERT_EQ(list.size(), 1u);
+  EXPECT_EQ(list[0].second->Tokens[0].Name, u".9");
 }
 
 TEST(TransitionValues, GettersAnswerTheValueInFlight) {

@@ -51,10 +51,38 @@ TEST(CliStyle, HelpAndFailures) {
   std::string html = "<p>x";
   for (const char* args : {"style /nonexistent/x.html", "style - --width 0", "style - --width abc",
                            "style - --props ,", "style - --css /nonexistent/x.css", "style - --frob",
-                           "style", "style - -- x"}) {
+                           "style", "style - -- x", "style - --at -5", "style - --at 1e3",
+                           "style - --then 'p{}'"}) {
     TRun r = run(args, &html);
     EXPECT_EQ(r.Status, 1) << args;
     EXPECT_EQ(r.Out, "") << args;
     EXPECT_EQ(r.Err.find('\n'), r.Err.size() - 1) << args;
+  }
+}
+
+TEST(CliStyle, AtAMomentOfAnimationsAndTransitions) {
+  std::string html = "<!doctype html><style>@keyframes grow { from { width: 10px } to { width: 110px } }"
+                     "div { animation: grow 1s linear 2 } p { transition: opacity 1s linear }</style>"
+                     "<div>x</div><p>y</p>";
+  const struct {
+    const char* at;
+    const char* width;
+    const char* opacity;
+  } cases[] = {
+      {"0", "auto", "1"},        // as loaded
+      {"250", "35px", "0.75"},   // a quarter of the way
+      {"1500", "60px", "0"},     // the second iteration; the transition is over
+      {"2500", "auto", "0"},     // both iterations over: the declared width again
+  };
+  for (const auto& c : cases) {
+    TRun r = run(std::string("style - --props width,opacity --at ") + c.at + " --then 'p { opacity: 0 }'", &html);
+    EXPECT_EQ(r.Status, 0) << r.Err;
+    EXPECT_NE(r.Out.find(std::string("\"tag\":\"div\",\"n\":0,\"width\":\"") + c.width + "\""),
+              std::string::npos)
+        << c.at << ": " << r.Out;
+    EXPECT_NE(r.Out.find(std::string("\"tag\":\"p\",\"n\":0,\"width\":\"auto\",\"opacity\":\"") + c.opacity +
+                         "\""),
+              std::string::npos)
+        << c.at << ": " << r.Out;
   }
 }

@@ -22,6 +22,9 @@
 
 #include "htcore/style/animation_thread.h"
 
+#include <unordered_map>
+#include <vector>
+
 namespace ht {
 
 class TStyleDriver;
@@ -50,6 +53,8 @@ private:
   void TakeFrame(TAnimatedElement& E);
   TStyleDriver& FDriver;
   TBaseAnimationThread& FThread;
+  // The transition entries each key-frame animation moves, to end them with it.
+  std::unordered_map<const TCSSAnimation*, std::vector<TCSSTransition*>> FMoved;
 };
 
 } // namespace ht
