@@ -412,6 +412,15 @@ std::span<const TSvgScene> Scenes() { return kScenes; }
 
 std::span<const uint8_t> SamplePNG() { return kPNG; }
 
+void DrawPage(const TSvgScene& Scene, THtCanvas& Canvas, int Page) {
+  THtCanvasScene s;
+  s.Init({0, 0, Scene.Width, Scene.Height}, &Canvas);
+  s.Scale = Scene.Scale;
+  Canvas.BeginScene(s);
+  Scene.Draw(Canvas, Page);
+  Canvas.EndScene();
+}
+
 std::vector<hstring> RenderScene(const TSvgScene& Scene) {
   THtSVGCanvas c;
   c.BeginPaging(static_cast<float>(Scene.Width * 25.4 / 96), static_cast<float>(Scene.Height * 25.4 / 96), 96,
@@ -420,12 +429,7 @@ std::vector<hstring> RenderScene(const TSvgScene& Scene) {
   for (int page = 0; page < Scene.Pages; ++page) {
     if (page)
       c.NewPage(coDefault);
-    THtCanvasScene s;
-    s.Init({0, 0, Scene.Width, Scene.Height}, &c);
-    s.Scale = Scene.Scale;
-    c.BeginScene(s);
-    Scene.Draw(c, page);
-    c.EndScene();
+    DrawPage(Scene, c, page);
     out.push_back(c.WithStyle(static_cast<THtPageSVG*>(c.GetPage(page))->SVG));
   }
   return out;

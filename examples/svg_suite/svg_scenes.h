@@ -28,6 +28,10 @@ struct TSvgScene {
 
 std::span<const TSvgScene> Scenes();
 
+// One page of the scene in a scene of its own on any canvas: BeginScene
+// (with the scene's scale), the drawing, EndScene.
+void DrawPage(const TSvgScene& Scene, ht::THtCanvas& Canvas, int Page);
+
 // One SVG document per page, each with a style element for its text classes.
 std::vector<ht::hstring> RenderScene(const TSvgScene& Scene);
 

@@ -40,6 +40,19 @@ void put_gradient_style(THtSVGWriter& w, const hstring& Id) {
   w.s(u"style=\"fill:url(#").s(Id).s(u")\"");
 }
 
+// The end of a filled rect or ellipse after its last number: the gradient's
+// style when there is one, else the solid colour and its opacity.
+void end_fill(THtSVGWriter& w, const hstring* GradientId, uint32_t Color) {
+  if (GradientId) {
+    w.s(u"\" ");
+    put_gradient_style(w, *GradientId);
+    w.s(u"/>");
+  } else {
+    put_solid(w, Color);
+    w.s(u"\"/>");
+  }
+}
+
 bool is_name_start(char16_t c) {
   return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || c == u'_' || c == u':' || c >= 0xC0;
 }
@@ -202,14 +215,7 @@ void THtSVGCanvas::FillRectangle(THtBrush& Brush, float X, float Y, float w, flo
   THtSVGWriter& o = *FWriter;
   o.s(u"<rect ");
   put_rect(o, X, Y, w, h);
-  if (gradient) {
-    o.s(u"\" ");
-    put_gradient_style(o, FLastGradient);
-    o.s(u"/>");
-  } else {
-    put_solid(o, Brush.GetColor());
-    o.s(u"\"/>");
-  }
+  end_fill(o, gradient ? &FLastGradient : nullptr, Brush.GetColor());
 }
 
 void THtSVGCanvas::FillEllipse(THtBrush& Brush, float X, float Y, float w, float h) {
@@ -218,14 +224,7 @@ void THtSVGCanvas::FillEllipse(THtBrush& Brush, float X, float Y, float w, float
   THtSVGWriter& o = *FWriter;
   o.s(u"<ellipse cx=\"").F(X + w / 2).s(u"\" cy=\"").F(Y + h / 2).s(u"\" rx=\"").F(w / 2);
   o.s(u"\" ry=\"").F(h / 2);
-  if (gradient) {
-    o.s(u"\" ");
-    put_gradient_style(o, FLastGradient);
-    o.s(u"/>");
-  } else {
-    put_solid(o, Brush.GetColor());
-    o.s(u"\"/>");
-  }
+  end_fill(o, gradient ? &FLastGradient : nullptr, Brush.GetColor());
 }
 
 void THtSVGCanvas::FillRoundRect(THtBrush& Brush, const TRectF& R, float RadiusX, float RadiusY) {

@@ -22,6 +22,15 @@ constexpr char16_t kHex[] = u"0123456789ABCDEF";
 
 bool is_digit(char16_t c) { return c >= u'0' && c <= u'9'; }
 
+// Numbers joined by commas, each times Factor.
+void put_list(THtSVGWriter& w, std::span<const float> Values, float Factor) {
+  for (size_t i = 0; i < Values.size(); ++i) {
+    if (i)
+      w.AddChar(u',');
+    w.F(Values[i] * Factor);
+  }
+}
+
 } // namespace
 
 THtSVGWriter& THtSVGWriter::AddXML(std::u16string_view Value, bool Attr) {
@@ -172,13 +181,8 @@ THtSVGWriter& THtSVGWriter::DashAttr(THtPenStyle AStyle, bool CSS) {
 
 THtSVGWriter& THtSVGWriter::PenDashes(const THtPen& APen) {
   if (!APen.Dashes.empty() && APen.GetPenStyle() != hpsClear) {
-    float width = APen.GetWidth();
     s(u" stroke-dasharray=\"");
-    for (size_t i = 0; i < APen.Dashes.size(); ++i) {
-      if (i)
-        AddChar(u',');
-      F(APen.Dashes[i] * width);
-    }
+    put_list(*this, APen.Dashes, APen.GetWidth());
     return s(u"\"");
   }
   return DashAttr(APen.GetPenStyle());
@@ -193,11 +197,7 @@ THtSVGWriter& THtSVGWriter::StrokeStyle(uint32_t AColor, float AWidth, THtPenSty
   s(u"stroke=\"").Color(AColor).s(u"\" stroke-width=\"").F(AWidth).AddChar(u'"');
   if (!DashArray.empty()) {
     s(u" stroke-dasharray=\"");
-    for (size_t i = 0; i < DashArray.size(); ++i) {
-      if (i)
-        AddChar(u',');
-      F(DashArray[i]);
-    }
+    put_list(*this, DashArray, 1);
     AddChar(u'"');
   } else {
     DashAttr(AStyle);
@@ -210,11 +210,7 @@ THtSVGWriter& THtSVGWriter::StrokeStyleCSS(uint32_t AColor, float AWidth, THtPen
   s(u"stroke:").Color(AColor).s(u"; stroke-width:").F(AWidth).AddChar(u';');
   if (!DashArray.empty()) {
     s(u" stroke-dasharray:");
-    for (size_t i = 0; i < DashArray.size(); ++i) {
-      if (i)
-        AddChar(u',');
-      F(DashArray[i]);
-    }
+    put_list(*this, DashArray, 1);
     AddChar(u';');
   } else {
     DashAttr(AStyle, true);
