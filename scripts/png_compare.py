@@ -1,12 +1,15 @@
 #!/usr/bin/env python3
 """Compares two PNG rasters of the same size, pixel by pixel.
 
-    png_compare.py REFERENCE CANDIDATE [--channel N] [--share S]
+    png_compare.py REFERENCE CANDIDATE [--channel N] [--share S] [--crop]
 
 A pixel differs when one of its channels, after both images are laid over
 white, differs by more than N (default 64 of 255). The pictures match when at
 most a share S of the pixels differ (default 0.03). Prints one line with the
 figures; exit status 0 on a match, 1 otherwise, 2 on unreadable files.
+
+With --crop a larger candidate is compared by its top-left corner of the
+reference's size (a browser screenshot of a window larger than the page).
 
 Reads 8-bit greyscale, RGB, palette-free RGBA and grey+alpha PNGs with zlib
 alone, which is what rsvg-convert and Chromium write.
@@ -77,7 +80,7 @@ def read_png(path):
 
 def main(argv):
     args = argv[1:]
-    channel, share = 64, 0.03
+    channel, share, crop = 64, 0.03, False
     files = []
     while args:
         a = args.pop(0)
@@ -85,6 +88,8 @@ def main(argv):
             channel = int(args.pop(0))
         elif a == "--share":
             share = float(args.pop(0))
+        elif a == "--crop":
+            crop = True
         else:
             files.append(a)
     if len(files) != 2:
@@ -96,6 +101,9 @@ def main(argv):
     except (OSError, ValueError, zlib.error, TypeError) as e:
         print("png_compare: %s" % e, file=sys.stderr)
         return 2
+    if crop and w2 >= w1 and h2 >= h1 and (w1, h1) != (w2, h2):
+        p2 = [p2[y * w2 + x] for y in range(h1) for x in range(w1)]
+        w2, h2 = w1, h1
     if (w1, h1) != (w2, h2):
         print("size %dx%d against %dx%d" % (w2, h2, w1, h1))
         return 1
