@@ -31,6 +31,34 @@ int add_time(int a, int b) noexcept {
   return s > INT_MAX ? INT_MAX : s < INT_MIN ? INT_MIN : static_cast<int>(s);
 }
 
+// A stepped value's start: the run takes time from From, or jumps to To.
+template <class A, class V> void start_run(A& a, V From, V To, int Time, int ADelay, TCSSTransition* T) {
+  a.StartValue = From;
+  a.EndValue = To;
+  if (a.Begin(Time, ADelay, T)) {
+    a.SetValue(From);
+    if (a.Delay <= 0)
+      a.StepValue(0);
+  } else {
+    a.SetValue(To);
+  }
+}
+
+// The value at Time of a run: At(Time) on the way, the end from AllTime on.
+template <class V, class F> bool step_run(TAnimatedProperty& a, V* Value, V End, int Time, F&& At) {
+  const V before = Value ? load(*Value) : V{};
+  V v;
+  if (Time >= a.AllTime) {
+    v = End;
+    a.Position = 1;
+  } else {
+    a.Position = static_cast<float>(Time) / static_cast<float>(a.AllTime);
+    v = At(Time);
+  }
+  store(Value, v);
+  return before != v;
+}
+
 } // namespace
 
 // --- Easing ---
@@ -236,18 +264,10 @@ bool TAnimatedProperty::NextStep(int Elapsed) {
 
 void TAnimatedColor::Start(uint32_t From, uint32_t To, int Time, int ADelay, uint32_t* Target,
                            TCSSTransition* ATransition) {
-  StartValue = From;
-  EndValue = To;
   Value = Target;
   if (ATransition)
     ATransition->IsColor = true;
-  if (Begin(Time, ADelay, ATransition)) {
-    SetValue(From);
-    if (Delay <= 0)
-      StepValue(0);
-  } else {
-    SetValue(To);
-  }
+  start_run(*this, From, To, Time, ADelay, ATransition);
 }
 
 void TAnimatedColor::SetValue(uint32_t V) {
@@ -282,65 +302,32 @@ bool TAnimatedColor::StepValue(int Time) {
 hstring TAnimatedColor::AsString() const { return IntToHex(LastValue, 8); }
 
 void TAnimatedInt::Start(int From, int To, int Time, int ADelay, int* Target) {
-  StartValue = From;
-  EndValue = To;
   Value = Target;
-  if (Begin(Time, ADelay, nullptr)) {
-    SetValue(From);
-    if (Delay <= 0)
-      StepValue(0);
-  } else {
-    SetValue(To);
-  }
+  start_run(*this, From, To, Time, ADelay, nullptr);
 }
 
 void TAnimatedInt::SetValue(int V) { store(Value, V); }
 
 bool TAnimatedInt::StepValue(int Time) {
-  const int before = Value ? load(*Value) : 0;
-  int v;
-  if (Time >= AllTime) {
-    v = EndValue;
-    Position = 1;
-  } else {
-    Position = static_cast<float>(Time) / static_cast<float>(AllTime);
-    v = static_cast<int>(StartValue - (static_cast<int64_t>(StartValue) - EndValue) * Time / AllTime);
-  }
-  SetValue(v);
-  return before != v;
+  return step_run(*this, Value, EndValue, Time, [&](int t) {
+    return static_cast<int>(StartValue - (static_cast<int64_t>(StartValue) - EndValue) * t / AllTime);
+  });
 }
 
 hstring TAnimatedInt::AsString() const { return IntToStr(Value ? load(*Value) : EndValue); }
 
 void TAnimatedFloat::Start(float From, float To, int Time, int ADelay, float* Target, TCSSTransition* ATransition) {
-  StartValue = std::isfinite(From) ? From : 0;
-  EndValue = std::isfinite(To) ? To : 0;
   Value = Target;
   if (ATransition)
     ATransition->IsColor = false;
-  if (Begin(Time, ADelay, ATransition)) {
-    SetValue(StartValue);
-    if (Delay <= 0)
-      StepValue(0);
-  } else {
-    SetValue(EndValue);
-  }
+  start_run(*this, std::isfinite(From) ? From : 0.0f, std::isfinite(To) ? To : 0.0f, Time, ADelay, ATransition);
 }
 
 void TAnimatedFloat::SetValue(float V) { store(Value, V); }
 
 bool TAnimatedFloat::StepValue(int Time) {
-  const float before = Value ? load(*Value) : 0;
-  float v;
-  if (Time >= AllTime) {
-    v = EndValue;
-    Position = 1;
-  } else {
-    Position = static_cast<float>(Time) / static_cast<float>(AllTime);
-    v = CalcEase(Timing, StartValue, EndValue, Position);
-  }
-  SetValue(v);
-  return before != v;
+  return step_run(*this, Value, EndValue, Time,
+                  [&](int t) { return CalcEase(Timing, StartValue, EndValue, static_cast<float>(t) / AllTime); });
 }
 
 hstring TAnimatedFloat::AsString() const { return HtFormatDecimal(Value ? load(*Value) : EndValue, 3); }

@@ -124,8 +124,6 @@ public:
   bool NextStep(int Elapsed) override;
   // Sets the value at Time milliseconds from the start: true when it changed.
   virtual bool StepValue(int Time) = 0;
-
-protected:
   // The common part of Start; true when the run takes time.
   bool Begin(int Time, int ADelay, TCSSTransition* ATransition);
 };
