@@ -39,42 +39,6 @@ double scale10(double mantissa, int exp10) {
 
 } // namespace
 
-bool IsClosingPunctuation(char16_t c) {
-  switch (c) {
-  case u'!':
-  case u')':
-  case u',':
-  case u'.':
-  case u':':
-  case u';':
-  case u'?':
-  case u']':
-  case u'}':
-  case 0xFF0C: // fullwidth comma
-  case 0x3001: // ideographic comma
-  case 0x3002: // ideographic full stop
-  case 0x2014: // em dash
-  case 0x02C7: // caron
-  case 0x0401: // Cyrillic capital IO, as in the GB 2312 punctuation row
-  case 0x3003: // ditto mark
-  case 0x3005: // iteration mark
-  case 0xFF5E: // fullwidth tilde
-  case 0x2026: // ellipsis
-  case 0x2019: // right single quote
-  case 0x201D: // right double quote
-  case 0x3015:
-  case 0x3009:
-  case 0x300B:
-  case 0x300D:
-  case 0x300F:
-  case 0x3017:
-  case 0x3011: // closing brackets
-    return true;
-  default:
-    return false;
-  }
-}
-
 void TStringParser::Init(const hstring& A) {
   s = A;
   p = Start();

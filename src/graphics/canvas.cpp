@@ -14,7 +14,6 @@ namespace ht {
 THtCanvasClass HtDefaultCanvasClass = nullptr;
 THtCanvasClass HtAltDefaultCanvasClass = nullptr;
 THtCanvasClass HtUIDefaultCanvasClass = nullptr;
-THtTextStyle HtDefaultTextStyle;
 
 std::recursive_mutex& HtCanvasLock() {
   static std::recursive_mutex lock;

@@ -17,6 +17,7 @@
 #pragma once
 
 #include "htcore/document/parse_errors.h"
+#include "htcore/document/unicode_classes.h" // IsClosingPunctuation
 #include "htcore/foundation/hstring.h"
 
 #include <cstdint>
@@ -93,9 +94,6 @@ private:
   [[noreturn]] static void BadNumber();
 };
 
-// Units of the closing punctuation that stays with the word in front of it
-// when a line is cut after an ideograph.
-bool IsClosingPunctuation(char16_t c);
 // High byte 0x30, 0x4E..0x9F, 0xF9 or 0xFA.
 inline bool IsIdeographic(char16_t c) {
   unsigned h = c >> 8;

@@ -95,6 +95,10 @@ public:
   virtual bool HasFont(const hstring& FontName);
   virtual float MeasureString(const hstring& s, THtFont& Font, const THtTextStyle& TextStyle, float Scale,
                               int AFirstChar, int ALength) = 0;
+  // Cuts s into runs of RunClass appended to Runs; a canvas with a shaper of
+  // its own may cut differently. The default is HtSplitString.
+  virtual void SplitString(const hstring& s, THtTextRuns& Runs,
+                           THtTextRunClass RunClass = HtTextRunClass<THtTextRun>());
 
   virtual void BeginScene(const THtCanvasScene& AScene);
   virtual void BeforeEndScene() {}
@@ -251,7 +255,6 @@ using THtCanvasClass = THtCanvas* (*)();
 extern THtCanvasClass HtDefaultCanvasClass;
 extern THtCanvasClass HtAltDefaultCanvasClass;
 extern THtCanvasClass HtUIDefaultCanvasClass;
-extern THtTextStyle HtDefaultTextStyle;
 
 // A process-wide lock for host canvases that share a device; the library
 // itself never takes it.

@@ -10,8 +10,9 @@
 //   // four stops now: 0, 0.25, 0.75, 1 with the end colours repeated
 //   uint32_t mid = b.CalcGradientColor(50, 10);
 //
-// Fonts, images and text styles appear here only as far as the canvas
-// contract names them; their own behaviour lives with text and image code.
+// Fonts and images appear here only as far as the canvas contract names
+// them; their own behaviour lives with font and image code. Text runs and
+// the text style record are in text_runs.h.
 #pragma once
 
 #include "htcore/foundation/exception.h"
@@ -21,6 +22,7 @@
 #include "htcore/graphics/images.h"
 #include "htcore/graphics/font_style.h"
 #include "htcore/graphics/matrix.h"
+#include "htcore/graphics/text_runs.h"
 #include "htcore/style/css_properties.h"
 
 #include <cstdint>
@@ -79,15 +81,6 @@ public:
 
 // Known fonts of a device; filled by the font code.
 class THtFontCollection : public TObject {};
-
-// What text drawing needs of a style: the colour, and the rest for the text code.
-struct THtTextStyle {
-  uint32_t Color = 0xFF000000;
-  int WritingMode = 0;
-};
-
-// A prepared piece of text a canvas may cache between paints.
-class THtTextObject : public TObject {};
 
 // 5 by 5 colour transform applied to images.
 struct THtColorMatrix {
