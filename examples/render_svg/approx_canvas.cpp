@@ -3,19 +3,31 @@
 #include "htcore/document/unicode_classes.h"
 
 #include <algorithm>
+#include <cctype>
+#include <string>
 
 namespace render_svg {
 
 namespace {
 
-// U+0020 to U+007E, rounded from a common sans-serif face.
+// U+0020 to U+007E, rounded from the free sans-serif face most Linux
+// viewers fall back to for "sans-serif".
 const short kAscii[95] = {
-    280, 280, 350, 560, 560, 890, 670, 190, 330, 330, 390, 580, 280, 330, 280, 280, // ' ' .. '/'
-    560, 560, 560, 560, 560, 560, 560, 560, 560, 560, 280, 280, 580, 580, 580, 560, // '0' .. '?'
-    1010, 670, 670, 720, 720, 670, 610, 780, 720, 280, 500, 670, 560, 830, 720, 780, // '@' .. 'O'
-    670, 780, 720, 670, 610, 720, 670, 940, 670, 670, 610, 280, 280, 280, 470, 560,  // 'P' .. '_'
-    330, 560, 560, 500, 560, 560, 280, 560, 560, 220, 220, 500, 220, 830, 560, 560,  // '`' .. 'o'
-    560, 560, 330, 500, 280, 560, 500, 720, 500, 500, 500, 330, 260, 330, 580};      // 'p' .. '~'
+    320, 400, 460, 840, 640, 950, 780, 280, 390, 390, 500, 840, 320, 360, 320, 340, // ' ' .. '/'
+    640, 640, 640, 640, 640, 640, 640, 640, 640, 640, 340, 340, 840, 840, 840, 530, // '0' .. '?'
+    1000, 680, 690, 700, 770, 630, 580, 780, 750, 300, 300, 660, 560, 860, 750, 790, // '@' .. 'O'
+    600, 790, 700, 630, 610, 730, 680, 990, 690, 610, 690, 390, 340, 390, 840, 500,  // 'P' .. '_'
+    500, 610, 640, 550, 640, 620, 350, 640, 630, 280, 280, 580, 280, 970, 630, 610,  // '`' .. 'o'
+    640, 640, 410, 520, 390, 630, 590, 820, 590, 590, 530, 640, 340, 640, 840};      // 'p' .. '~'
+
+// A fixed-pitch face by its family name.
+bool monospaced(const ht::hstring& Family) {
+  std::string f = Family.toUtf8();
+  for (char& c : f)
+    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return f.find("mono") != std::string::npos || f.find("courier") != std::string::npos ||
+         f.find("consol") != std::string::npos;
+}
 
 } // namespace
 
@@ -39,18 +51,15 @@ float TApproxCanvas::MeasureString(const ht::hstring& s, ht::THtFont& Font, cons
   const char16_t* p = s.c_str();
   long units = 0;
   int blanks = 0;
+  bool fixed = monospaced(Font.FName);
   for (int i = first; i < last; ++i) {
-    units += Advance(p[i]);
+    units += fixed && Advance(p[i]) ? 600 : Advance(p[i]);
     blanks += p[i] == u' ';
   }
-  auto* approx = dynamic_cast<TApproxFont*>(&Font);
-  float em = Font.FHeight * (approx && approx->Bold ? 1.07f : 1.0f);
+  bool bold = Font.FStyle & (ht::HtFontStyleBit(ht::hfsBold) | ht::HtFontStyleBit(ht::hfsBlack));
+  float em = Font.FHeight * (bold && !fixed ? 1.15f : 1.0f);
   float w = units * em / 1000 + (last - first) * TextStyle.LetterSpacing + blanks * TextStyle.WordSpacing;
   return w * (Scale > 0 ? Scale : 1);
-}
-
-ht::THtFontClass TApproxCanvas::FontClass() const {
-  return {[]() -> ht::THtFont* { return new TApproxFont; }};
 }
 
 } // namespace render_svg

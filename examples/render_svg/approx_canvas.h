@@ -1,6 +1,6 @@
 // TApproxCanvas: a canvas that only measures text, from a fixed table of
 // advance widths (a sans-serif face at 1000 units per em, scaled by the font
-// size, a little wider for bold). No font files are needed, so layout comes
+// size, wider for bold fonts; 600 units a character for monospaced families). No font files are needed, so layout comes
 // out the same on every machine; real fonts differ by a few per cent.
 //
 //   TApproxCanvas c;
@@ -13,13 +13,6 @@
 
 namespace render_svg {
 
-// Font styles the table needs beside THtFont's name and height.
-class TApproxFont : public ht::THtFont {
-public:
-  bool Bold = false;
-  ht::THtFont* Clone() const override { return new TApproxFont(*this); }
-};
-
 class TApproxCanvas : public ht::THtCanvas {
 public:
   // The advance of one unit at 1000 units per em.
@@ -27,7 +20,6 @@ public:
   // Letter and word spacing of the style are added per unit and per blank.
   float MeasureString(const ht::hstring& s, ht::THtFont& Font, const ht::THtTextStyle& TextStyle, float Scale,
                       int AFirstChar, int ALength) override;
-  ht::THtFontClass FontClass() const override;
   // Drawing is not its business.
   void DrawPath(ht::THtPen&, ht::THtPath&) override {}
   void FillPath(ht::THtBrush&, ht::THtPath&) override {}

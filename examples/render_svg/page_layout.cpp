@@ -2,7 +2,6 @@
 // inline content becomes fragments cut at the break flags of the text runs.
 #include "page_layout.h"
 
-#include "approx_canvas.h"
 #include "htcore/graphics/text_runs.h"
 #include "htcore/style/element_style.h"
 
@@ -163,8 +162,9 @@ void TPageLayout::SetupFont(THtFont& Font, const TTextLook& Look) {
   Font.FName = Look.Family;
   Font.FHeight = Look.Size;
   Font.Ascent = Look.Size * 0.8f;
-  if (auto* approx = dynamic_cast<TApproxFont*>(&Font))
-    approx->Bold = Look.Bold;
+  // Decorations are drawn as lines by the painter, so that any canvas shows them.
+  Font.FStyle = static_cast<THtFontStyles>((Look.Bold ? HtFontStyleBit(hfsBold) : 0) |
+                                           (Look.Italic ? HtFontStyleBit(hfsItalic) : 0));
 }
 
 void TPageLayout::SetupTextStyle(THtTextStyle& Style, const TTextLook& Look) {
@@ -294,8 +294,14 @@ float TPageLayout::layout_children(TStyledHTMLNode* E, float X, float Y, float W
 
 void TPageLayout::collect_inline(THtNode* N, TInline& Into) {
   if (N->FTag.empty()) {
-    if (TStyledHTMLNode* p = styled_parent(N))
-      add_text(N->Content(), p, Into);
+    TStyledHTMLNode* p = styled_parent(N);
+    if (!p)
+      return;
+    hstring text = N->Content();
+    // A line end right behind <pre> is not content.
+    if (p->FTag == u"pre" && N == p->FirstChild() && !text.empty() && (text[0] == u'\n' || text[0] == u'\r'))
+      text = hstring(text.view().substr(text.size() > 1 && text[0] == u'\r' && text[1] == u'\n' ? 2 : 1));
+    add_text(text, p, Into);
     return;
   }
   if (skipped(N))
@@ -448,6 +454,9 @@ float TPageLayout::flush_inline(TInline& Inline, TStyledHTMLNode* Block, float X
     x += w;
   }
 
+  // A line end at the very end closes the last line; it opens no new one.
+  if (lines.size() > 1 && lines.back().empty() && forced[lines.size() - 2])
+    lines.pop_back();
   float y = Y;
   bool first = true;
   for (std::vector<const TFrag*>& line : lines) {

@@ -49,10 +49,10 @@ TEST(PageLayout, WhiteSpaceCollapsesInNormalTextAndStaysInPre) {
   // Kept blanks wider than one space are gaps between strings, which viewers would squeeze.
   EXPECT_EQ(r.Texts[1], "a");
   EXPECT_EQ(r.Texts[2], "b");
-  EXPECT_NEAR(r.TextRects[2].Left - r.TextRects[1].Right, 2 * 0.28f * 16, 0.01);
+  EXPECT_NEAR(r.TextRects[2].Left - r.TextRects[1].Right, 2 * 0.6f * 16, 0.01);
   EXPECT_EQ(r.Texts[3], "c");
   EXPECT_GT(r.TextRects[3].Top, r.TextRects[2].Top); // the pre line end starts a line
-  EXPECT_NEAR(r.TextRects[3].Left, 2 * 0.28f * 16, 0.01);
+  EXPECT_NEAR(r.TextRects[3].Left, 2 * 0.6f * 16, 0.01);
 }
 
 TEST(PageLayout, LinesBreakAtRunFlagsWithinTheWidth) {

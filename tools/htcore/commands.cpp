@@ -189,6 +189,25 @@ const std::vector<Command>& Commands() {
        "\n"
        "example:\n"
        "  htcore svg demo /tmp/svg-demo && xdg-open /tmp/svg-demo/index.html\n"},
+      {"render-svg", "render-svg FILE.html OUT.svg [--width N] [--css FILE]...",
+       "an HTML page laid out by the example host loop and painted as one SVG document", CmdRenderSvg,
+       "Styles an HTML page as 'style' does (default sheet, <style> and local <link>\n"
+       "sheets, --css sheets, inline style), lays it out with the example host loop of\n"
+       "examples/render_svg and paints it through the SVG canvas into OUT.svg, one page as\n"
+       "tall as the content. The loop stacks block boxes (margins, borders, paddings,\n"
+       "widths), breaks text into lines at the break flags of its runs (white-space,\n"
+       "text-align), sets tables as rows of equal cells, draws list markers, and shows\n"
+       "images as framed boxes. It is no layout engine: floats, positioning, inline-block\n"
+       "and flex are laid out as plain blocks or inline text. Text is measured with a fixed\n"
+       "table of sans-serif advance widths, so a viewer's font may run a little longer or\n"
+       "shorter. The document is checked to parse as XML before OUT.svg is replaced.\n"
+       "\n"
+       "options:\n"
+       "  --width N     the page width in px (default 800), also the viewport of media queries\n"
+       "  --css FILE    a further sheet (UTF-8), after the document's; repeatable\n"
+       "\n"
+       "example:\n"
+       "  htcore render-svg page.html page.svg --width 600 && rsvg-convert page.svg > page.png\n"},
   };
   return list;
 }

@@ -133,5 +133,7 @@ int CmdPath(int argc, char** argv);
 
 // svg demo OUT_DIR [--only NAME]...
 int CmdSvg(int argc, char** argv);
+// render-svg FILE.html OUT.svg [--width N] [--css FILE]...
+int CmdRenderSvg(int argc, char** argv);
 
 } // namespace htcore_cli
