@@ -508,6 +508,10 @@ float TPageLayout::flush_inline(TInline& Inline, TStyledHTMLNode* Block, float X
       } else {
         if (f->Look != text_look)
           put_text();
+        if (text.empty() && f->Kind == TFrag::fkBlank) {
+          x0 += f->W; // a string never starts with a blank, which viewers would drop
+          continue;
+        }
         if (text.empty())
           text_left = x0, text_look = f->Look;
         text.append(f->Text.view().substr(static_cast<size_t>(f->First - 1), static_cast<size_t>(f->Count)));
