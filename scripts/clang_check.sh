@@ -5,6 +5,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 cxx=${CLANGXX:-clang++}
 command -v "$cxx" >/dev/null || { echo "clang_check: $cxx not found" >&2; exit 1; }
-find src tools -name '*.cpp' -print0 |
-  xargs -0 -P "$(nproc)" -n 8 "$cxx" -std=c++20 -fsyntax-only -Wall -Wextra -Werror -Iinclude -Isrc -Itools -DHTCORE_VERSION=\"check\"
-echo "clang: $("$cxx" --version | head -1 | sed 's/ (.*//'), library and tool compile without warnings"
+# The tool also builds the example host layout and the drawing suite.
+find src tools examples/render_svg examples/svg_suite -name '*.cpp' -print0 |
+  xargs -0 -P "$(nproc)" -n 8 "$cxx" -std=c++20 -fsyntax-only -Wall -Wextra -Werror -Iinclude -Isrc -Itools \
+    -Iexamples/render_svg -Iexamples/svg_suite -DHTCORE_VERSION=\"check\"
+echo "clang: $("$cxx" --version | head -1 | sed 's/ (.*//'), library, tool and examples compile without warnings"

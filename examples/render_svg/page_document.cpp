@@ -1,6 +1,7 @@
 // Loading a page as a host does: parse, gather the sheets, cascade.
 #include "page_layout.h"
 
+#include "htcore/document/doctype.h"
 #include "htcore/style/element_style.h"
 
 #include <algorithm>
@@ -39,20 +40,6 @@ public:
   std::unique_ptr<TBaseElementStyle> CreateStyle() override { return std::make_unique<TPageStyle>(this); }
 };
 
-// No doctype, or an old one without a system identifier, means quirks.
-bool quirks_of(const std::string& Bytes) {
-  std::string head = Bytes.substr(0, std::min<size_t>(Bytes.size(), 2048));
-  for (char& c : head)
-    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  size_t at = head.find("<!doctype");
-  if (at == std::string::npos)
-    return true;
-  std::string dt = head.substr(at, head.find('>', at) - at);
-  bool legacy = dt.find("transitional") != std::string::npos || dt.find("frameset") != std::string::npos ||
-                dt.find("html 3") != std::string::npos || dt.find("html 2") != std::string::npos;
-  return legacy && dt.find("http") == std::string::npos;
-}
-
 hstring read_file(const std::string& Path) {
   FILE* f = std::fopen(Path.c_str(), "rb");
   if (!f)
@@ -77,7 +64,7 @@ TStyledPage::~TStyledPage() {
 void TStyledPage::Load(const std::string& Bytes, const std::string& BaseDir, const std::vector<std::string>& Sheets,
                        int Width) {
   g_width = static_cast<float>(Width);
-  g_quirks = quirks_of(Bytes);
+  g_quirks = HtDoctypeQuirks(Bytes);
   FDriver.reset();
   FRoot = std::make_unique<TPageNode>();
   FRoot->ParseBytes(Bytes.data(), Bytes.size());

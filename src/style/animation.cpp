@@ -31,6 +31,21 @@ int add_time(int a, int b) noexcept {
   return s > INT_MAX ? INT_MAX : s < INT_MIN ? INT_MIN : static_cast<int>(s);
 }
 
+// Counts a start delay down by one tick: false while it lasts, otherwise
+// Elapsed becomes the part of the tick that runs the animation.
+bool run_delay(int& Delay, int& Elapsed) noexcept {
+  if (Elapsed < 0)
+    Elapsed = 0;
+  if (Delay <= 0)
+    return true;
+  Delay -= Elapsed;
+  if (Delay > 0)
+    return false;
+  Elapsed = -Delay;
+  Delay = 0;
+  return true;
+}
+
 // A stepped value's start: the run takes time from From, or jumps to To.
 template <class A, class V> void start_run(A& a, V From, V To, int Time, int ADelay, TCSSTransition* T) {
   a.StartValue = From;
@@ -172,15 +187,8 @@ void TCSSAnimation::Restart(int ADelay) {
 bool TCSSAnimation::Step(int Elapsed) {
   if (Duration <= 0 || Steps.size() < 2 || !Active)
     return false;
-  if (Elapsed < 0)
-    Elapsed = 0;
-  if (Delay > 0) {
-    Delay -= Elapsed;
-    if (Delay > 0)
-      return false;
-    Elapsed = -Delay; // the rest of this tick runs the animation
-    Delay = 0;
-  }
+  if (!run_delay(Delay, Elapsed))
+    return false;
   // Position moves first, so that the frame is the one of this moment, not
   // of the tick before.
   Position = add_time(std::max(Position, 0), Elapsed);
@@ -248,17 +256,11 @@ bool TAnimatedProperty::Begin(int Time, int ADelay, TCSSTransition* ATransition)
 bool TAnimatedProperty::NextStep(int Elapsed) {
   if (!Active())
     return false;
-  if (Elapsed < 0)
-    Elapsed = 0;
-  if (Delay > 0) {
-    Delay -= Elapsed;
-    if (Delay > 0)
-      return false;
-    TimeSum = -Delay;
-    Delay = 0;
-  } else {
-    TimeSum = add_time(TimeSum, Elapsed);
-  }
+  // TimeSum stays 0 while the delay lasts, so the rest of the tick that
+  // ends it is the whole time run.
+  if (!run_delay(Delay, Elapsed))
+    return false;
+  TimeSum = add_time(TimeSum, Elapsed);
   return StepValue(TimeSum);
 }
 

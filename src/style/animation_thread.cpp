@@ -276,8 +276,8 @@ void TBaseAnimationThread::Round() {
       std::vector<std::pair<TProc, void*>> calls;
       std::vector<uint64_t> serials;
       std::lock_guard<std::mutex> g(FProcsLock);
-      for (const auto& [proc, data] : FUnp)
-        std::erase_if(FProcs, [&](const TProcEntry& e) { return e.Proc == proc && e.Data == data; });
+      for (const auto& gone : FUnp)
+        std::erase_if(FProcs, [&](const TProcEntry& e) { return e.Proc == gone.first && e.Data == gone.second; });
       FUnp.clear();
       for (TProcEntry& e : FProcs)
         if (now - e.Last >= e.Interval) {

@@ -8,6 +8,7 @@
 // key-frame animations (and, with --then, the transitions that a rule added
 // at load sets off) driven by the animation thread on a clock of the tool's.
 #include "commands.h"
+#include "htcore/document/doctype.h"
 #include "htcore/foundation/text_utils.h"
 #include "htcore/style/computed_css.h"
 #include "htcore/style/element_style.h"
@@ -60,22 +61,6 @@ const char* const kDefaultProps[] = {
     "margin-left",      "padding-top",       "padding-right",       "padding-bottom",
     "padding-left",     "border-top-width",  "border-right-width",  "border-bottom-width",
     "border-left-width", "width",            "height",              "text-align"};
-
-// Standards mode needs a doctype; an old public identifier without a system
-// identifier, or none at all, means quirks.
-bool quirks_of(const std::string& bytes) {
-  std::string head = bytes.substr(0, std::min<size_t>(bytes.size(), 2048));
-  for (char& c : head)
-    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  size_t at = head.find("<!doctype");
-  if (at == std::string::npos)
-    return true;
-  size_t end = head.find('>', at);
-  std::string dt = head.substr(at, end == std::string::npos ? std::string::npos : end - at);
-  bool legacy = dt.find("transitional") != std::string::npos || dt.find("frameset") != std::string::npos ||
-                dt.find("html 3") != std::string::npos || dt.find("html 2") != std::string::npos;
-  return legacy && dt.find("http") == std::string::npos;
-}
 
 std::string json_string(const std::string& s) {
   std::string out = "\"";
@@ -177,7 +162,7 @@ int CmdStyle(int argc, char** argv) {
   }
   try {
     g_width = static_cast<float>(width);
-    g_quirks = quirks_of(bytes);
+    g_quirks = ht::HtDoctypeQuirks(bytes);
     TStyleToolNode doc;
     doc.ParseBytes(bytes.data(), bytes.size());
     ht::TStyleDriver driver(&doc);
