@@ -97,10 +97,16 @@ hstring border_width(TBaseElementStyle& S, int Side) {
   TLineStyle ls = S.BorderSideStyle(Side);
   if (ls == lsNone || ls == lsHidden)
     return u"0px"_hs;
-  static TMeasure (TBaseElementStyle::*const kWidths[])() = {
-      &TBaseElementStyle::BorderTopWidth, &TBaseElementStyle::BorderRightWidth,
-      &TBaseElementStyle::BorderBottomWidth, &TBaseElementStyle::BorderLeftWidth};
-  return length_text((S.*kWidths[Side])());
+  switch (Side) {
+  case 0:
+    return length_text(S.BorderTopWidth());
+  case 1:
+    return length_text(S.BorderRightWidth());
+  case 2:
+    return length_text(S.BorderBottomWidth());
+  default:
+    return length_text(S.BorderLeftWidth());
+  }
 }
 
 // The properties answered by their own getters; others go by the table.
