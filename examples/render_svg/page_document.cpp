@@ -3,6 +3,7 @@
 
 #include "htcore/document/doctype.h"
 #include "htcore/style/element_style.h"
+#include "htcore/style/sheet_files.h"
 
 #include <algorithm>
 #include <cctype>
@@ -40,19 +41,6 @@ public:
   std::unique_ptr<TBaseElementStyle> CreateStyle() override { return std::make_unique<TPageStyle>(this); }
 };
 
-hstring read_file(const std::string& Path) {
-  FILE* f = std::fopen(Path.c_str(), "rb");
-  if (!f)
-    return hstring();
-  std::string text;
-  char buf[65536];
-  size_t n;
-  while ((n = std::fread(buf, 1, sizeof buf, f)) > 0)
-    text.append(buf, n);
-  std::fclose(f);
-  return hstring::FromUtf8(text);
-}
-
 } // namespace
 
 TStyledPage::TStyledPage() = default;
@@ -73,10 +61,7 @@ void TStyledPage::Load(const std::string& Bytes, const std::string& BaseDir, con
   FDriver->QuirksMode = g_quirks;
   // Linked sheets come from disk beside the page; other URLs are left out.
   FDriver->BaseURL = hstring::FromUtf8(BaseDir);
-  FDriver->Loader = [](const hstring& URL) -> hstring {
-    std::string path = URL.toUtf8();
-    return path.empty() || path.find(':') != std::string::npos ? hstring() : read_file(path);
-  };
+  FDriver->Loader = HtLocalSheetLoader;
   for (const std::string& s : Sheets)
     FDriver->AddSheet(hstring::FromUtf8(s));
   FDriver->SetViewport(Width);

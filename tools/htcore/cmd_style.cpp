@@ -12,6 +12,7 @@
 #include "htcore/foundation/text_utils.h"
 #include "htcore/style/computed_css.h"
 #include "htcore/style/element_style.h"
+#include "htcore/style/sheet_files.h"
 #include "htcore/style/style_animator.h"
 #include "htcore/style/style_driver.h"
 #include "htcore/style/styled_node.h"
@@ -170,21 +171,7 @@ int CmdStyle(int argc, char** argv) {
     driver.QuirksMode = g_quirks;
     // Linked sheets are read from disk beside the document; other URLs are left out.
     driver.BaseURL = ht::hstring::FromUtf8(std::string(file) == "-" ? std::string("./") : dir_of(file));
-    driver.Loader = [&](const ht::hstring& url) -> ht::hstring {
-      std::string path = url.toUtf8();
-      if (path.empty() || path.find(':') != std::string::npos)
-        return ht::hstring();
-      FILE* f = std::fopen(path.c_str(), "rb");
-      if (!f)
-        return ht::hstring();
-      std::string text;
-      char buf[65536];
-      size_t n;
-      while ((n = std::fread(buf, 1, sizeof buf, f)) > 0)
-        text.append(buf, n);
-      std::fclose(f);
-      return ht::hstring::FromUtf8(text);
-    };
+    driver.Loader = ht::HtLocalSheetLoader;
     for (const ht::hstring& s : sheets)
       driver.AddSheet(s);
     driver.SetViewport(width);
