@@ -242,6 +242,10 @@ void TBaseAnimationThread::Repaint() {
 void TBaseAnimationThread::Round() {
   const int64_t now = Now();
   if (!Disabled.load()) {
+    // Errors go to the host's callback after the lock is released: a callback
+    // that takes a lock of its own while the main thread holds that lock and
+    // unregisters a document would otherwise deadlock.
+    std::vector<std::string> errors;
     {
       std::lock_guard<std::mutex> g(FDocsLock);
       for (IHtAnimatedDocument* d : FUnr)
@@ -255,10 +259,10 @@ void TBaseAnimationThread::Round() {
         try {
           keep = e.Doc->AnimationStep(elapsed, changed);
         } catch (const std::exception& x) {
-          Report(x.what());
+          errors.emplace_back(x.what());
           keep = true;
         } catch (...) {
-          Report("unknown error");
+          errors.emplace_back("unknown error");
           keep = true;
         }
         e.Changed = e.Changed || changed;
@@ -272,6 +276,8 @@ void TBaseAnimationThread::Round() {
       }
       Repaint();
     }
+    for (const std::string& e : errors)
+      Report(e);
     {
       std::vector<std::pair<TProc, void*>> calls;
       std::vector<uint64_t> serials;
