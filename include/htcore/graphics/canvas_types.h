@@ -26,7 +26,6 @@
 #include "htcore/style/css_properties.h"
 
 #include <cstdint>
-#include <initializer_list>
 #include <memory>
 #include <span>
 #include <string>
@@ -49,18 +48,7 @@ enum THtCanvasFlag : uint8_t {
 };
 
 // A set of THtCanvasFlag.
-struct THtCanvasFlags {
-  uint32_t Bits = 0;
-  constexpr THtCanvasFlags() = default;
-  constexpr THtCanvasFlags(std::initializer_list<THtCanvasFlag> flags) {
-    for (THtCanvasFlag f : flags)
-      Bits |= 1u << f;
-  }
-  constexpr bool Contains(THtCanvasFlag f) const noexcept { return (Bits >> f & 1) != 0; }
-  constexpr void Include(THtCanvasFlag f) noexcept { Bits |= 1u << f; }
-  constexpr void Exclude(THtCanvasFlag f) noexcept { Bits &= ~(1u << f); }
-  friend constexpr bool operator==(THtCanvasFlags, THtCanvasFlags) = default;
-};
+using THtCanvasFlags = THtFlagSet<THtCanvasFlag>;
 
 enum THtBrushKind : uint8_t { hbSolid, hbGradient, hbRadial, hbImage };
 enum THtPenStyle : uint8_t { hpsSolid, hpsDash, hpsDot, hpsDashDot, hpsDashDotDot, hpsClear };

@@ -15,6 +15,7 @@
 #pragma once
 
 #include "htcore/document/unicode_classes.h"
+#include "htcore/foundation/flag_set.h"
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/object.h"
 #include "htcore/foundation/object_list.h"
@@ -22,7 +23,6 @@
 #include "htcore/style/css_properties.h"
 
 #include <cstdint>
-#include <initializer_list>
 
 namespace ht {
 
@@ -30,25 +30,7 @@ HT_ENUM(THtTextRunFlag, trfSpace, trfBlank, trfRTL, trfBreakBefore, trfBreakAfte
         trfProhibitRightBreak, trfProhibitLeftBreak, trfHidden, trfProcessed, trfBlock, trfOutofFlow,
         trfInlineStart, trfInlineEnd, trfCollapsible, trfText, trfSpellIncorrect, trfHyphen, trfTab);
 
-// A set of THtTextRunFlag; bit n is the member of ordinal n.
-struct THtTextRunFlags {
-  uint32_t Bits = 0;
-  constexpr THtTextRunFlags() = default;
-  constexpr THtTextRunFlags(std::initializer_list<THtTextRunFlag> flags) {
-    for (THtTextRunFlag f : flags)
-      Bits |= 1u << f;
-  }
-  constexpr bool Contains(THtTextRunFlag f) const noexcept { return (Bits >> f & 1) != 0; }
-  constexpr bool Empty() const noexcept { return Bits == 0; }
-  constexpr void Include(THtTextRunFlag f) noexcept { Bits |= 1u << f; }
-  constexpr void Exclude(THtTextRunFlag f) noexcept { Bits &= ~(1u << f); }
-  constexpr THtTextRunFlags operator|(THtTextRunFlags o) const noexcept {
-    THtTextRunFlags r;
-    r.Bits = Bits | o.Bits;
-    return r;
-  }
-  friend constexpr bool operator==(THtTextRunFlags, THtTextRunFlags) = default;
-};
+using THtTextRunFlags = THtFlagSet<THtTextRunFlag>;
 
 // One piece of a string: the splitter sets Start, Count, Flags and Bidi;
 // Line and LogicalWidth belong to the layout. Hosts derive their own run
