@@ -152,6 +152,13 @@ protected:
 
   // Texts up to 32 bytes move as two overlapping fixed-size blocks, which
   // compile to a few register moves instead of a call.
+  // GCC 12 threads a constant short source into the branches for longer
+  // texts and warns about reads past it that no path makes.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Warray-bounds"
+#pragma GCC diagnostic ignored "-Wstringop-overread"
+#endif
   static void CopyShort(void* d, const void* s, size_t nb) {
     auto* dc = static_cast<char*>(d);
     auto* sc = static_cast<const char*>(s);
@@ -176,19 +183,12 @@ protected:
       std::memcpy(dc, &a, 16);
       std::memcpy(dc + nb - 16, &b, 16);
     } else {
-// GCC 12 threads a constant short source into this branch and warns about a
-// read past it that no path makes.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Warray-bounds"
-#pragma GCC diagnostic ignored "-Wstringop-overread"
-#endif
       std::memcpy(dc, sc, nb);
+    }
+  }
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic pop
 #endif
-    }
-  }
 
   // Space for n units at the end of the current chunk; the caller fills them
   // and raises Used.
