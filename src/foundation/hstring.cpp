@@ -10,6 +10,7 @@
 
 #include "htcore/foundation/exception.h"
 #include "htcore/foundation/node_pool.h"
+#include "foundation/utf8_decode.h"
 
 namespace ht {
 namespace detail {
@@ -50,16 +51,7 @@ void FreeStr(void* header, size_t unit_size) noexcept {
 
 void StrTooLong() { throw EOutOfMemory(); }
 
-} // namespace detail
-
-hstring Utf8ToHString(std::string_view utf8) {
-  if (utf8.empty())
-    return hstring();
-  hstring out;
-  char16_t* d = out.SetLength(utf8.size()); // never more units than bytes
-  char16_t* start = d;
-  auto s = reinterpret_cast<const uint8_t*>(utf8.data());
-  const uint8_t* end = s + utf8.size();
+char16_t* DecodeUtf8(const uint8_t* s, const uint8_t* end, char16_t* d) noexcept {
   while (s < end) {
     uint32_t c = *s;
     if (c < 0x80) {
@@ -128,6 +120,18 @@ hstring Utf8ToHString(std::string_view utf8) {
       *d++ = static_cast<char16_t>(c);
     }
   }
+  return d;
+}
+
+} // namespace detail
+
+hstring Utf8ToHString(std::string_view utf8) {
+  if (utf8.empty())
+    return hstring();
+  hstring out;
+  char16_t* start = out.SetLength(utf8.size()); // never more units than bytes
+  auto s = reinterpret_cast<const uint8_t*>(utf8.data());
+  char16_t* d = detail::DecodeUtf8(s, s + utf8.size(), start);
   out.Truncate(static_cast<size_t>(d - start));
   return out;
 }
