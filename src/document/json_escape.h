@@ -19,7 +19,8 @@ inline bool IsLowSurrogate(char16_t c) noexcept { return c >= 0xDC00 && c <= 0xD
 
 // Whether p starts a "\u" escape of a low surrogate; reads no further than
 // the first unit that does not fit, so the NUL behind the text stops it.
-inline bool StartsLowSurrogateEscape(const char16_t* p) noexcept {
+// Unit is char16_t, or uint8_t for UTF-8 text.
+template <class Unit> bool StartsLowSurrogateEscape(const Unit* p) noexcept {
   if (p[0] != u'\\' || p[1] != u'u')
     return false;
   unsigned v = 0;
@@ -40,11 +41,11 @@ inline bool StartsLowSurrogateEscape(const char16_t* p) noexcept {
 // The halves of a pair are stored one by one and so combine, escaped or not.
 // A half without its partner next to it becomes U+FFFD: left alone, the UTF-8
 // writers would pair it with whatever unit follows and lose that one.
-inline TJSONEscape DecodeJSONEscape(const char16_t*& q, const char16_t* end, char16_t prev,
-                                    char16_t& c) noexcept {
+template <class Unit>
+TJSONEscape DecodeJSONEscape(const Unit*& q, const Unit* end, char16_t prev, char16_t& c) noexcept {
   if (q >= end)
     return TJSONEscape::Unterminated;
-  c = *q;
+  c = static_cast<char16_t>(*q);
   switch (c) {
   case u'"':
   case u'\\':
@@ -85,7 +86,7 @@ inline TJSONEscape DecodeJSONEscape(const char16_t*& q, const char16_t* end, cha
     if (end - q < 3)
       return TJSONEscape::Unterminated;
     // Deliberately unchecked: a unit that is no hex digit gives its low bits.
-    auto nibble = [](char16_t u) {
+    auto nibble = [](Unit u) {
       return static_cast<unsigned>(HexDigitValue(u) >= 0 ? HexDigitValue(u) : u & 15);
     };
     c = static_cast<char16_t>(nibble(q[1]) << 4 | nibble(q[2]));

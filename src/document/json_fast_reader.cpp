@@ -1,4 +1,4 @@
-// The direct JSON reader behind THtXMLNode::SetJSON.
+// The direct JSON reader behind THtXMLNode::SetJSON and SetJSONUtf8.
 //
 // One pass over the text without tokens, keeping the open objects and
 // arrays on a stack of its own. It builds the tree the token reader builds
@@ -6,15 +6,30 @@
 // names; for anything else (errors, comments, concatenated objects, nodes of
 // a subclass) it gives up and SetJSON reads the text again the usual way,
 // which also raises the errors.
+//
+// The same reader runs over UTF-16 units and over UTF-8 bytes. Over bytes it
+// decodes only the strings it keeps, so no UTF-16 copy of the whole input is
+// made; a byte from 0x80 up outside a string (which could only continue a
+// bare name) makes it give up, and the caller decodes the whole text.
+//
+// An object's scalars wait on one stack of (name, value) pairs until the
+// object closes; its attribute array is then made once at its final size.
+// The name order of a set of keys is remembered by the sequence of interned
+// names, so the records of an array, which repeat their keys, are not sorted
+// again one by one.
 #include "document/json_escape.h"
+#include "document/json_fast_reader.h"
 #include "document/xml_reader_internal.h"
+#include "foundation/utf8_decode.h"
 #include "htcore/document/json_parser.h"
+#include "htcore/document/json_reader.h"
 
-#include <deque>
+#include <algorithm>
+#include <cstring>
+#include <memory>
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -30,32 +45,62 @@ struct TGiveUp {};
 
 [[noreturn]] void give_up() { throw TGiveUp(); }
 
-inline bool is_json_space(char16_t c) { return c == u' ' || c == u'\n' || c == u'\r' || c == u'\t'; }
+template <class Unit> bool is_json_space(Unit c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
 
-inline bool is_ident_start(char16_t c) {
-  return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || c == u'_';
+template <class Unit> bool is_ident_start(Unit c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
 }
 
-inline bool is_digit(char16_t c) { return c >= u'0' && c <= u'9'; }
+template <class Unit> bool is_digit(Unit c) { return c >= '0' && c <= '9'; }
 
 enum TScalar { scString, scNumber, scIdent, scValue };
 
 struct TFrame {
   THtXMLNode* Node;
   bool Array;
-  THtAttributeBatch Attrs; // the object's scalars until it closes
+  size_t Pairs; // where the object's scalars start on the pair stack
 };
 
-class TJSONReader {
-public:
-  TJSONReader(THtXMLNode& ANode, const hstring& JSON) : FNode(ANode) {
-    p = JSON.c_str();
-    end = p + JSON.size();
+struct TPair {
+  int Name;
+  hstring Value;
+};
+
+// The sorted order of one sequence of keys: for each attribute of the set,
+// the pair that gives its value (the last of a repeated key).
+struct TShape {
+  std::vector<int> Names;
+  std::vector<uint32_t> Order;
+};
+
+// Widens ASCII bytes into units.
+void widen(const uint8_t* s, size_t n, char16_t* d) {
+  size_t i = 0;
+#ifdef __SSE2__
+  const __m128i zero = _mm_setzero_si128();
+  for (; i + 16 <= n; i += 16) {
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), _mm_unpacklo_epi8(v, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i + 8), _mm_unpackhi_epi8(v, zero));
   }
+#endif
+  for (; i < n; ++i)
+    d[i] = s[i];
+}
+
+// Unit is char16_t for UTF-16 text (which ends in a NUL) or uint8_t for
+// UTF-8 bytes (which need not).
+template <class Unit> class TJSONReader {
+public:
+  TJSONReader(THtXMLNode& ANode, const Unit* AText, size_t ALength)
+      : FNode(ANode), p(AText), end(AText + ALength) {}
 
   void Run();
 
 private:
+  static constexpr bool kBytes = sizeof(Unit) == 1;
+
+  Unit At(const Unit* q) const { return q < end ? *q : Unit(0); }
   void SkipSpace() {
     while (p < end && is_json_space(*p))
       ++p;
@@ -64,138 +109,257 @@ private:
   // on none of them.
   bool ReadScalar(TScalar& kind);
   void ReadString();
+  // The end of a string's plain run from q: a quote, backslash or control.
+  // Sets high when it passed bytes from 0x80 up.
+  const Unit* ScanString(const Unit* q, Unit quote, bool& high);
   void ReadNumber();
-  hstring ScalarText();
+  // FScalar for the source units b..q, which are ASCII (numbers, names).
+  void PlainScalar(const Unit* b, const Unit* q);
+  // Appends b..q to FBuf: widened or decoded bytes, or units as they are.
+  void Append(const Unit* b, const Unit* q, bool high);
+  char16_t* Reserve(size_t n);
+  void Escape(const Unit*& q);
+  hstring ScalarText() { return FValues.Get(FScalar); }
   THtXMLNode* NewChild(THtXMLNode* parent, int name);
   void Open(THtXMLNode* n, bool array);
   void Close();
+  void BuildAttributes(THtXMLNode* n, size_t first);
+  const TShape& ShapeOf(const TPair* pairs, size_t n);
 
   THtXMLNode& FNode;
-  const char16_t* p;
-  const char16_t* end;
-  sv FScalar; // into the source or FBuffer
-  std::u16string FBuffer;
-  std::deque<TFrame> FStack; // grows only; FDepth frames are in use
-  size_t FDepth = 0;
+  const Unit* p;
+  const Unit* end;
+  sv FScalar; // into the source, FBuf or FWide
+  std::unique_ptr<char16_t[]> FBuf; // decoded strings
+  size_t FBufCap = 0, FBufLen = 0;
+  char16_t FWide[32];               // short ASCII scalars widened
+  std::vector<TFrame> FStack;       // open objects and arrays
+  std::vector<TPair> FPairs;        // scalars of the open objects
+  std::vector<TShape> FShapes;      // by a hash of the key sequence
+  TShape FSortScratch;
   TNameTable FNames;
   TTextCache FValues;
   TPendingChildren FKids;
   THtNode* FRoot = nullptr;
-  int FArray, FObject, FValue; // tag names
+  int FArray = 0, FObject = 0, FValue = 0; // tag names
 };
 
-bool TJSONReader::ReadScalar(TScalar& kind) {
-  char16_t c = *p;
-  if (c == u'"' || c == u'\'') {
+template <class Unit> char16_t* TJSONReader<Unit>::Reserve(size_t n) {
+  if (FBufLen + n > FBufCap) {
+    size_t cap = std::max<size_t>({FBufCap * 2, FBufLen + n, 256});
+    auto buf = std::make_unique<char16_t[]>(cap);
+    std::memcpy(buf.get(), FBuf.get(), FBufLen * sizeof(char16_t));
+    FBuf = std::move(buf);
+    FBufCap = cap;
+  }
+  return FBuf.get() + FBufLen;
+}
+
+template <class Unit> void TJSONReader<Unit>::Append(const Unit* b, const Unit* q, bool high) {
+  size_t n = static_cast<size_t>(q - b);
+  char16_t* d = Reserve(n);
+  if constexpr (kBytes) {
+    if (high)
+      FBufLen = static_cast<size_t>(DecodeUtf8(b, q, d) - FBuf.get());
+    else {
+      widen(b, n, d);
+      FBufLen += n;
+    }
+  } else {
+    (void)high;
+    std::memcpy(d, b, n * sizeof(char16_t));
+    FBufLen += n;
+  }
+}
+
+template <class Unit> void TJSONReader<Unit>::PlainScalar(const Unit* b, const Unit* q) {
+  size_t n = static_cast<size_t>(q - b);
+  if constexpr (kBytes) {
+    if (n <= std::size(FWide)) {
+      widen(b, n, FWide);
+      FScalar = sv(FWide, n);
+    } else {
+      FBufLen = 0;
+      Append(b, q, false);
+      FScalar = sv(FBuf.get(), n);
+    }
+  } else {
+    FScalar = sv(b, n);
+  }
+}
+
+template <class Unit> bool TJSONReader<Unit>::ReadScalar(TScalar& kind) {
+  Unit c = *p;
+  if (c == '"' || c == '\'') {
     ReadString();
     kind = scString;
     return true;
   }
-  if (is_digit(c) || c == u'-') {
+  if (is_digit(c) || c == '-') {
     ReadNumber();
     kind = scNumber;
     return true;
   }
   if (is_ident_start(c)) {
-    const char16_t* b = p;
+    const Unit* b = p;
     for (++p; p < end && IsJSONIdentUnit(*p);)
       ++p;
-    FScalar = sv(b, static_cast<size_t>(p - b));
+    if constexpr (kBytes)
+      if (p < end && *p >= 0x80)
+        give_up(); // a name going on in non-ASCII text
+    PlainScalar(b, p);
     kind = FScalar == u"true" || FScalar == u"false" || FScalar == u"null" ? scValue : scIdent;
     return true;
   }
   return false;
 }
 
-void TJSONReader::ReadString() {
-  const char16_t quote = *p;
-  const char16_t* q = p + 1;
-  const char16_t* seg = q;
-  bool escaped = false;
+template <class Unit> const Unit* TJSONReader<Unit>::ScanString(const Unit* q, Unit quote, bool& high) {
 #ifdef __SSE2__
-  const __m128i vq = _mm_set1_epi16(static_cast<short>(quote)), vb = _mm_set1_epi16(u'\\'),
-                vc = _mm_set1_epi16(0x1F);
-#endif
-  for (;;) {
-#ifdef __SSE2__
-    // Plain units eight at a time; the loop below looks at the first unit
-    // that ends the string, escapes or is a control.
+  // Plain units eight (or bytes sixteen) at a time.
+  if constexpr (kBytes) {
+    const __m128i vq = _mm_set1_epi8(static_cast<char>(quote)), vb = _mm_set1_epi8('\\'),
+                  vc = _mm_set1_epi8(0x1F);
+    while (end - q >= 16) {
+      __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
+      __m128i hit = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, vq), _mm_cmpeq_epi8(v, vb)),
+                                 _mm_cmpeq_epi8(_mm_subs_epu8(v, vc), _mm_setzero_si128()));
+      unsigned m = static_cast<unsigned>(_mm_movemask_epi8(hit));
+      unsigned h = static_cast<unsigned>(_mm_movemask_epi8(v));
+      if (m) {
+        unsigned k = static_cast<unsigned>(__builtin_ctz(m));
+        high |= (h & ((1u << k) - 1)) != 0;
+        return q + k;
+      }
+      high |= h != 0;
+      q += 16;
+    }
+  } else {
+    const __m128i vq = _mm_set1_epi16(static_cast<short>(quote)), vb = _mm_set1_epi16(u'\\'),
+                  vc = _mm_set1_epi16(0x1F);
     while (end - q >= 8) {
       __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
       __m128i hit = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(v, vq), _mm_cmpeq_epi16(v, vb)),
                                  _mm_cmpeq_epi16(_mm_subs_epu16(v, vc), _mm_setzero_si128()));
       unsigned m = static_cast<unsigned>(_mm_movemask_epi8(hit));
-      if (m) {
-        q += __builtin_ctz(m) >> 1;
-        break;
-      }
+      if (m)
+        return q + (__builtin_ctz(m) >> 1);
       q += 8;
     }
+  }
 #endif
+  for (; q < end; ++q) {
+    Unit c = *q;
+    if (c == quote || c == '\\' || c < 0x20)
+      break;
+    if (kBytes && c >= 0x80)
+      high = true;
+  }
+  return q;
+}
+
+// q stands behind a backslash; the decoded unit goes to FBuf and q onto the
+// escape's last unit.
+template <class Unit> void TJSONReader<Unit>::Escape(const Unit*& q) {
+  char16_t prev = FBufLen ? FBuf[FBufLen - 1] : u'\0';
+  char16_t c;
+  if constexpr (kBytes) {
+    // The decoder looks up to eleven units ahead and stops at a NUL, which
+    // a byte slice does not have: near the end it reads a padded copy.
+    if (q[0] == 'x' && ((end - q > 1 && q[1] >= 0x80) || (end - q > 2 && q[2] >= 0x80)))
+      give_up(); // takes the units of decoded text
+    if (end - q < 12) {
+      uint8_t tail[16] = {};
+      size_t n = static_cast<size_t>(end - q);
+      std::memcpy(tail, q, n);
+      const uint8_t* t = tail;
+      if (DecodeJSONEscape(t, tail + n, prev, c) != TJSONEscape::Ok)
+        give_up();
+      q += t - tail;
+    } else if (DecodeJSONEscape(q, end, prev, c) != TJSONEscape::Ok) {
+      give_up();
+    }
+  } else if (DecodeJSONEscape(q, end, prev, c) != TJSONEscape::Ok) {
+    give_up();
+  }
+  *Reserve(1) = c;
+  ++FBufLen;
+}
+
+template <class Unit> void TJSONReader<Unit>::ReadString() {
+  const Unit quote = *p;
+  const Unit* q = p + 1;
+  const Unit* seg = q;
+  bool copied = false; // FBuf holds the text so far
+  bool high = false;   // bytes from 0x80 up in the current segment
+  for (;;) {
+    q = ScanString(q, quote, high);
     if (q >= end)
       give_up(); // "Unterminated string"
-    char16_t c = *q;
+    Unit c = *q;
     if (c == quote)
       break;
     if (c < 0x20)
       give_up(); // "Unescaped control symbol"
-    if (c != u'\\') {
-      ++q;
-      continue;
+    // a backslash
+    if (!copied) {
+      FBufLen = 0;
+      copied = true;
     }
-    if (!escaped) {
-      FBuffer.clear();
-      escaped = true;
-    }
-    FBuffer.append(seg, q);
+    Append(seg, q, high);
+    high = false;
     ++q;
-    if (DecodeJSONEscape(q, end, FBuffer.empty() ? u'\0' : FBuffer.back(), c) != TJSONEscape::Ok)
-      give_up();
-    FBuffer.push_back(c);
+    Escape(q);
     seg = ++q;
   }
-  if (escaped) {
-    FBuffer.append(seg, q);
-    FScalar = sv(FBuffer);
+  if (copied || kBytes) {
+    if (!copied)
+      FBufLen = 0;
+    if (!copied && !high && static_cast<size_t>(q - seg) <= std::size(FWide)) {
+      PlainScalar(seg, q);
+    } else {
+      Append(seg, q, high);
+      FScalar = sv(FBuf.get(), FBufLen);
+    }
   } else {
-    FScalar = sv(p + 1, static_cast<size_t>(q - p - 1));
+    FScalar = sv(reinterpret_cast<const char16_t*>(seg), static_cast<size_t>(q - seg));
   }
   p = q + 1;
 }
 
 // The strict number form; the text is kept as written.
-void TJSONReader::ReadNumber() {
-  const char16_t* b = p;
-  if (*p == u'-')
-    ++p;
-  if (!is_digit(*p) || (*p == u'0' && is_digit(p[1])))
+template <class Unit> void TJSONReader<Unit>::ReadNumber() {
+  const Unit* b = p;
+  const Unit* q = p;
+  if (*q == '-')
+    ++q;
+  if (!is_digit(At(q)) || (*q == '0' && is_digit(At(q + 1))))
     give_up(); // "Incorrect number"
-  while (is_digit(*p))
-    ++p;
-  if (*p == u'.') {
-    if (!is_digit(p[1]))
+  while (q < end && is_digit(*q))
+    ++q;
+  if (At(q) == '.') {
+    if (!is_digit(At(q + 1)))
       give_up();
-    for (++p; is_digit(*p);)
-      ++p;
-  }
-  if (*p == u'e' || *p == u'E') {
-    const char16_t* q = p + 1;
-    if (*q == u'+' || *q == u'-')
+    for (++q; q < end && is_digit(*q);)
       ++q;
-    if (!is_digit(*q))
+  }
+  if (At(q) == 'e' || At(q) == 'E') {
+    const Unit* e = q + 1;
+    if (At(e) == '+' || At(e) == '-')
+      ++e;
+    if (!is_digit(At(e)))
       give_up();
-    while (is_digit(*q))
-      ++q;
-    p = q;
+    while (e < end && is_digit(*e))
+      ++e;
+    q = e;
   }
-  FScalar = sv(b, static_cast<size_t>(p - b));
+  p = q;
+  PlainScalar(b, q);
 }
-
-hstring TJSONReader::ScalarText() { return FValues.Get(FScalar); }
 
 // Children are nodes of this very class, so that a subclass that makes
 // others goes the usual way.
-THtXMLNode* TJSONReader::NewChild(THtXMLNode* parent, int name) {
+template <class Unit> THtXMLNode* TJSONReader<Unit>::NewChild(THtXMLNode* parent, int name) {
   TName& t = FNames.Names[static_cast<size_t>(name)];
   if (!t.Class) {
     t.Class = FRoot->GetElementClass(t.Name, nullptr);
@@ -213,17 +377,12 @@ THtXMLNode* TJSONReader::NewChild(THtXMLNode* parent, int name) {
   return x;
 }
 
-void TJSONReader::Open(THtXMLNode* n, bool array) {
-  if (++FDepth > kMaxDepth)
+template <class Unit> void TJSONReader<Unit>::Open(THtXMLNode* n, bool array) {
+  if (FStack.size() >= kMaxDepth)
     give_up(); // "JSON contains too many nested nodes"
-  if (FDepth > 1)
+  if (!FStack.empty())
     FKids.Down();
-  if (FStack.size() < FDepth)
-    FStack.emplace_back();
-  TFrame& f = FStack[FDepth - 1];
-  f.Node = n;
-  f.Array = array;
-  f.Attrs.Clear();
+  FStack.push_back({n, array, FPairs.size()});
   n->IsArray = array;
   if (n->FTag.empty()) {
     int tag = array ? FArray : FObject;
@@ -234,56 +393,103 @@ void TJSONReader::Open(THtXMLNode* n, bool array) {
   ++p;
 }
 
-void TJSONReader::Close() {
-  TFrame& f = FStack[FDepth - 1];
-  if (!f.Attrs.Empty()) {
-    auto* a = new THtAttributes(true);
-    f.Node->FAttributes = a;
-    f.Attrs.MoveTo(*a);
+template <class Unit> const TShape& TJSONReader<Unit>::ShapeOf(const TPair* pairs, size_t n) {
+  uint64_t h = n;
+  for (size_t i = 0; i < n; ++i)
+    h = (h ^ static_cast<uint64_t>(pairs[i].Name)) * 0x9E3779B97F4A7C15ull;
+  TShape& s = n <= 64 ? FShapes[(h >> 56) & (FShapes.size() - 1)] : FSortScratch;
+  if (s.Names.size() == n) {
+    size_t i = 0;
+    while (i < n && s.Names[i] == pairs[i].Name)
+      ++i;
+    if (i == n && n)
+      return s;
   }
+  s.Names.resize(n);
+  for (size_t i = 0; i < n; ++i)
+    s.Names[i] = pairs[i].Name;
+  // A stable sort keeps a repeated key's pairs in their order; its last one
+  // gives the value.
+  std::vector<uint32_t>& order = s.Order;
+  order.resize(n);
+  for (size_t i = 0; i < n; ++i)
+    order[i] = static_cast<uint32_t>(i);
+  std::stable_sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
+    return FNames.Names[static_cast<size_t>(pairs[a].Name)].Name.view() <
+           FNames.Names[static_cast<size_t>(pairs[b].Name)].Name.view();
+  });
+  size_t k = 0;
+  for (size_t i = 0; i < n; ++i) {
+    if (k && pairs[order[k - 1]].Name == pairs[order[i]].Name)
+      order[k - 1] = order[i];
+    else
+      order[k++] = order[i];
+  }
+  order.resize(k);
+  return s;
+}
+
+template <class Unit> void TJSONReader<Unit>::BuildAttributes(THtXMLNode* n, size_t first) {
+  TPair* pairs = FPairs.data() + first;
+  const TShape& shape = ShapeOf(pairs, FPairs.size() - first);
+  auto* a = new THtAttributes(true);
+  n->FAttributes = a;
+  a->List.reserve(shape.Order.size());
+  for (uint32_t i : shape.Order)
+    a->List.push_back({FNames.Names[static_cast<size_t>(pairs[i].Name)].Name, std::move(pairs[i].Value)});
+  a->Count = static_cast<int>(shape.Order.size());
+  FPairs.resize(first);
+}
+
+template <class Unit> void TJSONReader<Unit>::Close() {
+  TFrame& f = FStack.back();
+  if (FPairs.size() > f.Pairs)
+    BuildAttributes(f.Node, f.Pairs);
   FKids.Up(f.Node);
-  --FDepth;
+  FStack.pop_back();
   ++p;
 }
 
-void TJSONReader::Run() {
+template <class Unit> void TJSONReader<Unit>::Run() {
   FRoot = FNode.Root();
   FArray = FNames.Intern(u"array", 5);
   FObject = FNames.Intern(u"object", 6);
   FValue = FNames.Intern(u"value", 5);
-  while (p < end && *p <= u' ')
+  FShapes.resize(256);
+  FStack.reserve(16);
+  while (p < end && *p <= ' ')
     ++p;
   if (p >= end)
     give_up(); // "Incorrect JSON, token expected."
   TScalar kind;
-  if (*p == u'{' || *p == u'[') {
-    Open(&FNode, *p == u'[');
+  if (*p == '{' || *p == '[') {
+    Open(&FNode, *p == '[');
   } else {
     if (!ReadScalar(kind))
       give_up();
     FNode.SetValue(ScalarText());
   }
-  // State per open container: true when a value (or the start) was just read
-  // and a ',' or the end comes next.
+  // True when a container was just opened: no ',' before its first value.
   bool first = true;
-  while (FDepth > 0) {
-    TFrame& f = FStack[FDepth - 1];
+  while (!FStack.empty()) {
+    TFrame& f = FStack.back();
+    const Unit close = f.Array ? ']' : '}';
     SkipSpace();
     if (p >= end)
       give_up();
     if (!first) {
-      char16_t c = *p;
-      if (c == (f.Array ? u']' : u'}')) {
+      Unit c = *p;
+      if (c == close) {
         Close();
         continue;
       }
-      if (c != u',')
+      if (c != ',')
         give_up();
       ++p;
       SkipSpace();
-      if (p >= end || *p == (f.Array ? u']' : u'}'))
+      if (p >= end || *p == close)
         give_up(); // a comma before the end
-    } else if (*p == (f.Array ? u']' : u'}')) {
+    } else if (*p == close) {
       Close();
       first = false;
       continue;
@@ -291,9 +497,9 @@ void TJSONReader::Run() {
     first = false;
     THtXMLNode* node = f.Node;
     if (f.Array) {
-      char16_t c = *p;
-      if (c == u'{' || c == u'[') {
-        Open(NewChild(node, c == u'[' ? FArray : FObject), c == u'[');
+      Unit c = *p;
+      if (c == '{' || c == '[') {
+        Open(NewChild(node, c == '[' ? FArray : FObject), c == '[');
         first = true;
         continue;
       }
@@ -307,32 +513,29 @@ void TJSONReader::Run() {
       give_up(); // "Name expected"
     int name = FNames.Intern(FScalar.data(), FScalar.size());
     SkipSpace();
-    if (p >= end || *p != u':')
+    if (p >= end || *p != ':')
       give_up();
     ++p;
     SkipSpace();
     if (p >= end)
       give_up();
-    char16_t c = *p;
-    if (c == u'{' || c == u'[') {
-      Open(NewChild(node, name), c == u'[');
+    Unit c = *p;
+    if (c == '{' || c == '[') {
+      Open(NewChild(node, name), c == '[');
       first = true;
       continue;
     }
-    const hstring& key = FNames.Names[static_cast<size_t>(name)].Name;
-    if (!ReadScalar(kind) || key.empty())
+    if (!ReadScalar(kind) || FNames.Names[static_cast<size_t>(name)].Name.empty())
       give_up();
-    f.Attrs.Add(key, ScalarText(), THtAttributeBatch::abReplace); // a repeated key: the last wins
+    FPairs.push_back({name, ScalarText()}); // a repeated key: the last wins
   }
   SkipSpace();
   if (p < end)
     give_up(); // comments, more objects, or no proper end
 }
 
-} // namespace
-
-bool ReadJSONFast(THtXMLNode& Node, const hstring& JSON) {
-  TJSONReader reader(Node, JSON);
+template <class Unit> bool read_fast(THtXMLNode& Node, const Unit* text, size_t length) {
+  TJSONReader<Unit> reader(Node, text, length);
   try {
     reader.Run();
   } catch (const TGiveUp&) {
@@ -347,6 +550,14 @@ bool ReadJSONFast(THtXMLNode& Node, const hstring& JSON) {
     return false;
   }
   return true;
+}
+
+} // namespace
+
+bool ReadJSONFast(THtXMLNode& Node, const hstring& JSON) { return read_fast(Node, JSON.c_str(), JSON.size()); }
+
+bool ReadJSONFastUtf8(THtXMLNode& Node, std::string_view Utf8) {
+  return read_fast(Node, reinterpret_cast<const uint8_t*>(Utf8.data()), Utf8.size());
 }
 
 } // namespace ht::detail

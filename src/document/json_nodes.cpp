@@ -1,6 +1,8 @@
 // JSON into THtXMLNode trees and back out.
+#include "document/json_fast_reader.h"
 #include "document/node_walk.h"
 #include "document/xml_reader_internal.h"
+#include "htcore/document/json_reader.h"
 #include "htcore/document/xml_node.h"
 
 #include <string_view>
@@ -60,6 +62,12 @@ bool after_value(THtJSONTokenizer& t) {
   return false;
 }
 
+// The direct readers fill a new node of this very class.
+bool takes_direct_reader(const THtXMLNode& n) {
+  return typeid(n) == typeid(THtXMLNode) && n.FTag.empty() && !n.FNodes && !n.FAttributes && n.FContent.empty() &&
+         !n.IsArray;
+}
+
 } // namespace
 
 std::unique_ptr<THtXMLNode> THtXMLNode::CreatefromJSON(const hstring& JSON) {
@@ -68,11 +76,27 @@ std::unique_ptr<THtXMLNode> THtXMLNode::CreatefromJSON(const hstring& JSON) {
   return n;
 }
 
+std::unique_ptr<THtXMLNode> JSONUtf8toXMLNode(std::string_view Utf8) {
+  auto n = std::make_unique<THtXMLNode>();
+  SetJSONUtf8(*n, Utf8);
+  return n;
+}
+
+void SetJSONUtf8(THtXMLNode& Node, std::string_view Utf8) {
+  if (takes_direct_reader(Node) && !Utf8.empty()) {
+    TNodePoolScope pool;
+    THTMLTokenType type = Node.TagType;
+    if (detail::ReadJSONFastUtf8(Node, Utf8))
+      return;
+    Node.TagType = type;
+  }
+  // What the byte reader leaves (errors among them) goes the usual way.
+  Node.SetJSON(Utf8ToHString(Utf8));
+}
+
 void THtXMLNode::SetJSON(const hstring& JSON) {
   TNodePoolScope pool;
-  // The direct reader fills a new node of this very class.
-  if (typeid(*this) == typeid(THtXMLNode) && FTag.empty() && !FNodes && !FAttributes && FContent.empty() &&
-      !IsArray && !JSON.empty()) {
+  if (takes_direct_reader(*this) && !JSON.empty()) {
     THTMLTokenType type = TagType;
     if (detail::ReadJSONFast(*this, JSON))
       return;
