@@ -73,6 +73,45 @@ struct TShape {
   std::vector<uint32_t> Order;
 };
 
+// Up to 16 ASCII bytes as two words, for the caches of short keys and values.
+struct TShortBytes {
+  uint64_t Lo = 0, Hi = 0;
+  uint32_t Len = 0;
+  uint32_t Hash = 0;
+};
+
+// b has 16 bytes readable; 1 <= n <= 16 of them count.
+TShortBytes short_bytes(const uint8_t* b, size_t n) {
+  TShortBytes k;
+  std::memcpy(&k.Lo, b, 8);
+  std::memcpy(&k.Hi, b + 8, 8);
+  if (n < 8) {
+    k.Lo &= (uint64_t(1) << (8 * n)) - 1;
+    k.Hi = 0;
+  } else if (n < 16) {
+    k.Hi &= (uint64_t(1) << (8 * (n - 8))) - 1;
+  }
+  k.Len = static_cast<uint32_t>(n);
+  uint64_t h = (k.Lo * 0x9E3779B97F4A7C15ull) ^ (k.Hi * 0xC2B2AE3D27D4EB4Full);
+  h ^= h >> 31;
+  k.Hash = static_cast<uint32_t>(h >> 32);
+  return k;
+}
+
+struct TKeySlot {
+  TShortBytes Key;
+  int Name = -1;
+};
+
+struct TTextSlot {
+  TShortBytes Key;
+  hstring Text;
+};
+
+bool same_bytes(const TShortBytes& a, const TShortBytes& b) {
+  return a.Lo == b.Lo && a.Hi == b.Hi && a.Len == b.Len;
+}
+
 // Widens ASCII bytes into units.
 void widen(const uint8_t* s, size_t n, char16_t* d) {
   size_t i = 0;
@@ -105,21 +144,31 @@ private:
     while (p < end && is_json_space(*p))
       ++p;
   }
-  // Reads a string, number or identifier into FScalar; false when p stands
-  // on none of them.
+  // Reads a string, number or identifier; false when p stands on none of
+  // them. The scalar is then either source units (FRaw: ASCII, no escapes)
+  // or decoded text in FScalar.
   bool ReadScalar(TScalar& kind);
+  // An object's key, interned.
+  int ReadKey();
+  // The scalar as units.
+  sv ScalarView();
+  hstring ScalarText();
+  // Whether the raw scalar spells Literal.
+  bool RawIs(std::string_view Literal) const;
   void ReadString();
   // The end of a string's plain run from q: a quote, backslash or control.
   // Sets high when it passed bytes from 0x80 up.
   const Unit* ScanString(const Unit* q, Unit quote, bool& high);
   void ReadNumber();
-  // FScalar for the source units b..q, which are ASCII (numbers, names).
-  void PlainScalar(const Unit* b, const Unit* q);
+  void SetRaw(const Unit* b, const Unit* q) {
+    FRawB = b;
+    FRawE = q;
+    FRaw = true;
+  }
   // Appends b..q to FBuf: widened or decoded bytes, or units as they are.
   void Append(const Unit* b, const Unit* q, bool high);
   char16_t* Reserve(size_t n);
   void Escape(const Unit*& q);
-  hstring ScalarText() { return FValues.Get(FScalar); }
   THtXMLNode* NewChild(THtXMLNode* parent, int name);
   void Open(THtXMLNode* n, bool array);
   void Close();
@@ -129,10 +178,14 @@ private:
   THtXMLNode& FNode;
   const Unit* p;
   const Unit* end;
-  sv FScalar; // into the source, FBuf or FWide
+  const Unit *FRawB = nullptr, *FRawE = nullptr; // the scalar in the source
+  bool FRaw = false;
+  sv FScalar; // the decoded scalar, in FBuf
   std::unique_ptr<char16_t[]> FBuf; // decoded strings
   size_t FBufCap = 0, FBufLen = 0;
   char16_t FWide[32];               // short ASCII scalars widened
+  std::vector<TKeySlot> FKeyCache;  // by the bytes of short keys
+  std::vector<TTextSlot> FTextCache; // by the bytes of short values
   std::vector<TFrame> FStack;       // open objects and arrays
   std::vector<TPair> FPairs;        // scalars of the open objects
   std::vector<TShape> FShapes;      // by a hash of the key sequence
@@ -172,20 +225,76 @@ template <class Unit> void TJSONReader<Unit>::Append(const Unit* b, const Unit* 
   }
 }
 
-template <class Unit> void TJSONReader<Unit>::PlainScalar(const Unit* b, const Unit* q) {
-  size_t n = static_cast<size_t>(q - b);
+template <class Unit> sv TJSONReader<Unit>::ScalarView() {
+  if (!FRaw)
+    return FScalar;
+  size_t n = static_cast<size_t>(FRawE - FRawB);
   if constexpr (kBytes) {
     if (n <= std::size(FWide)) {
-      widen(b, n, FWide);
-      FScalar = sv(FWide, n);
-    } else {
-      FBufLen = 0;
-      Append(b, q, false);
-      FScalar = sv(FBuf.get(), n);
+      widen(FRawB, n, FWide);
+      return sv(FWide, n);
     }
+    FBufLen = 0;
+    Append(FRawB, FRawE, false);
+    return sv(FBuf.get(), n);
   } else {
-    FScalar = sv(b, n);
+    return sv(FRawB, n);
   }
+}
+
+template <class Unit> hstring TJSONReader<Unit>::ScalarText() {
+  if constexpr (kBytes) {
+    size_t n = static_cast<size_t>(FRawE - FRawB);
+    if (FRaw && n - 1 < 16 && end - FRawB >= 16) {
+      TShortBytes key = short_bytes(FRawB, n);
+      TTextSlot& s = FTextCache[key.Hash & (FTextCache.size() - 1)];
+      if (!same_bytes(s.Key, key)) {
+        widen(FRawB, n, FWide);
+        s.Key = key;
+        s.Text = hstring::ForTree(FWide, n);
+      }
+      return s.Text;
+    }
+  }
+  return FValues.Get(ScalarView());
+}
+
+template <class Unit> bool TJSONReader<Unit>::RawIs(std::string_view Literal) const {
+  if (static_cast<size_t>(FRawE - FRawB) != Literal.size())
+    return false;
+  for (size_t i = 0; i < Literal.size(); ++i)
+    if (FRawB[i] != static_cast<Unit>(Literal[i]))
+      return false;
+  return true;
+}
+
+// A plain key of up to 16 bytes is looked up by its bytes, without decoding.
+template <class Unit> int TJSONReader<Unit>::ReadKey() {
+  if constexpr (kBytes) {
+    const Unit quote = *p;
+    if ((quote == '"' || quote == '\'') && end - p > 16) {
+      const Unit* b = p + 1;
+      bool high = false;
+      const Unit* q = ScanString(b, quote, high);
+      size_t n = static_cast<size_t>(q - b);
+      if (q < end && *q == quote && !high && n - 1 < 16) {
+        TShortBytes key = short_bytes(b, n);
+        TKeySlot& s = FKeyCache[key.Hash & (FKeyCache.size() - 1)];
+        if (!same_bytes(s.Key, key)) {
+          widen(b, n, FWide);
+          s.Key = key;
+          s.Name = FNames.Intern(FWide, n);
+        }
+        p = q + 1;
+        return s.Name;
+      }
+    }
+  }
+  TScalar kind;
+  if (!ReadScalar(kind) || kind == scNumber || kind == scValue)
+    give_up(); // "Name expected"
+  sv name = ScalarView();
+  return FNames.Intern(name.data(), name.size());
 }
 
 template <class Unit> bool TJSONReader<Unit>::ReadScalar(TScalar& kind) {
@@ -207,8 +316,8 @@ template <class Unit> bool TJSONReader<Unit>::ReadScalar(TScalar& kind) {
     if constexpr (kBytes)
       if (p < end && *p >= 0x80)
         give_up(); // a name going on in non-ASCII text
-    PlainScalar(b, p);
-    kind = FScalar == u"true" || FScalar == u"false" || FScalar == u"null" ? scValue : scIdent;
+    SetRaw(b, p);
+    kind = RawIs("true") || RawIs("false") || RawIs("null") ? scValue : scIdent;
     return true;
   }
   return false;
@@ -312,17 +421,14 @@ template <class Unit> void TJSONReader<Unit>::ReadString() {
     Escape(q);
     seg = ++q;
   }
-  if (copied || kBytes) {
+  if (copied || high) {
     if (!copied)
       FBufLen = 0;
-    if (!copied && !high && static_cast<size_t>(q - seg) <= std::size(FWide)) {
-      PlainScalar(seg, q);
-    } else {
-      Append(seg, q, high);
-      FScalar = sv(FBuf.get(), FBufLen);
-    }
+    Append(seg, q, high);
+    FScalar = sv(FBuf.get(), FBufLen);
+    FRaw = false;
   } else {
-    FScalar = sv(reinterpret_cast<const char16_t*>(seg), static_cast<size_t>(q - seg));
+    SetRaw(seg, q);
   }
   p = q + 1;
 }
@@ -354,7 +460,7 @@ template <class Unit> void TJSONReader<Unit>::ReadNumber() {
     q = e;
   }
   p = q;
-  PlainScalar(b, q);
+  SetRaw(b, q);
 }
 
 // Children are nodes of this very class, so that a subclass that makes
@@ -456,6 +562,10 @@ template <class Unit> void TJSONReader<Unit>::Run() {
   FObject = FNames.Intern(u"object", 6);
   FValue = FNames.Intern(u"value", 5);
   FShapes.resize(256);
+  if constexpr (kBytes) {
+    FKeyCache.resize(512);
+    FTextCache.resize(2048);
+  }
   FStack.reserve(16);
   while (p < end && *p <= ' ')
     ++p;
@@ -509,9 +619,7 @@ template <class Unit> void TJSONReader<Unit>::Run() {
       continue;
     }
     // name : value
-    if (!ReadScalar(kind) || kind == scNumber || kind == scValue)
-      give_up(); // "Name expected"
-    int name = FNames.Intern(FScalar.data(), FScalar.size());
+    int name = ReadKey();
     SkipSpace();
     if (p >= end || *p != ':')
       give_up();
