@@ -615,7 +615,7 @@ template <class Unit> void TJSONReader<Unit>::Run() {
       }
       if (!ReadScalar(kind) || kind == scIdent)
         give_up();
-      NewChild(node, FValue)->SetContent(ScalarText());
+      NewChild(node, FValue)->FContent = ScalarText(); // what SetContent does for this class
       continue;
     }
     // name : value
