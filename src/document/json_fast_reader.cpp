@@ -132,7 +132,7 @@ void widen(const uint8_t* s, size_t n, char16_t* d) {
 template <class Unit> class TJSONReader {
 public:
   TJSONReader(THtXMLNode& ANode, const Unit* AText, size_t ALength)
-      : FNode(ANode), p(AText), end(AText + ALength) {}
+      : FNode(ANode), p(AText), end(AText + ALength), FBuf(std::make_unique<char16_t[]>(256)), FBufCap(256) {}
 
   void Run();
 
@@ -199,7 +199,7 @@ private:
 
 template <class Unit> char16_t* TJSONReader<Unit>::Reserve(size_t n) {
   if (FBufLen + n > FBufCap) {
-    size_t cap = std::max<size_t>({FBufCap * 2, FBufLen + n, 256});
+    size_t cap = std::max(FBufCap * 2, FBufLen + n);
     auto buf = std::make_unique<char16_t[]>(cap);
     std::memcpy(buf.get(), FBuf.get(), FBufLen * sizeof(char16_t));
     FBuf = std::move(buf);
