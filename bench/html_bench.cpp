@@ -5,8 +5,18 @@
 //
 // Documents: bench/data/*.html (scripts/fetch_bench_data.sh collects them),
 // or the directory in HTCORE_BENCH_DATA; without any, a generated page.
+//
+// Per input, Htcore/INPUT, Gumbo/INPUT and Libxml2/INPUT parse one document
+// (x_Gumbo, x_Libxml2: the peer's time over htcore's in the same run; run the
+// peers first, as the default order does). The inputs are each document, the
+// generated page, "concat-20MB" (the documents joined until 20 MB) and
+// "small-pages" (bench/data/small/*.html, each parsed as a page of its own).
+// Memory/LIB/INPUT measure one parse: peak RSS added and bytes held, over the
+// input size, and bytes per node.
 #include "htcore/document/html_node.h"
 #include "htcore/foundation/fast_string.h"
+
+#include "bench_inputs.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -288,6 +298,8 @@ TFootprint footprint_libxml2() {
 
 void print_summary() {
   const auto& t = timings();
+  if (t.empty())
+    return; // a filter left out the all-documents runs
   double mb = static_cast<double>(total_bytes()) / 1e6;
   std::printf("\n%zu documents, %.2f MB of UTF-8\n", docs().size(), mb);
   std::printf("%-24s %10s %10s\n", "", "MB/s", "vs htcore");
@@ -313,6 +325,141 @@ void print_summary() {
 #endif
 }
 
+// One input of the per-input runs: its pages, each parsed on its own.
+struct TPageSet {
+  bench::TInput all; // the pages joined, for the byte count
+  std::vector<std::string> pages;
+};
+
+std::vector<std::string> small_pages() {
+  std::vector<std::string> r;
+  const char* env = std::getenv("HTCORE_BENCH_DATA");
+  std::filesystem::path dir =
+      (env ? std::filesystem::path(env) : std::filesystem::path(__FILE__).parent_path() / "data") / "small";
+  std::error_code ec;
+  std::vector<std::filesystem::path> files;
+  for (const auto& e : std::filesystem::directory_iterator(dir, ec))
+    if (e.path().extension() == ".html")
+      files.push_back(e.path());
+  std::sort(files.begin(), files.end());
+  for (const auto& f : files) {
+    std::ifstream in(f, std::ios::binary);
+    r.emplace_back(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  }
+  return r;
+}
+
+const std::vector<TPageSet>& page_sets() {
+  static const std::vector<TPageSet> list = [] {
+    std::vector<TPageSet> r;
+    auto add = [&](std::string name, std::vector<std::string> pages) {
+      TPageSet set;
+      set.all.name = std::move(name);
+      for (const std::string& p : pages)
+        set.all.bytes += p;
+      set.pages = std::move(pages);
+      r.push_back(std::move(set));
+    };
+    std::string joined;
+    for (const TDoc& d : docs()) {
+      add(d.name, {d.bytes});
+      joined += d.bytes;
+    }
+    if (docs().size() > 1 || docs().front().name != "generated")
+      add("generated", {generated_page()});
+    std::string big;
+    while (!joined.empty() && big.size() < 20000000)
+      big += joined;
+    add("concat-20MB", {std::move(big)});
+    std::vector<std::string> small = small_pages();
+    if (!small.empty())
+      add("small-pages", std::move(small));
+    return r;
+  }();
+  return list;
+}
+
+bench::TPeerTimer& peer_timer() {
+  static bench::TPeerTimer t({"Gumbo", "Libxml2"});
+  return t;
+}
+
+template <class Parse> void register_parse(const char* lib, const TPageSet& set, Parse parse) {
+  benchmark::RegisterBenchmark((std::string(lib) + "/" + set.all.name).c_str(),
+                               [lib, &set, parse](benchmark::State& state) {
+                                 peer_timer().Run(state, set.all, lib, [&] {
+                                   for (const std::string& page : set.pages)
+                                     parse(page);
+                                 });
+                               })
+      ->Unit(benchmark::kMillisecond);
+}
+
+template <class Parse> void register_memory(const char* lib, const TPageSet& set, Parse parse) {
+  bench::RegisterMemory(lib, set.all, [&set, parse](const bench::TInput&, const auto& sample) {
+    parse(set, sample);
+  });
+}
+
+void register_per_input() {
+  for (const TPageSet& set : page_sets()) {
+#ifdef HTCORE_PEERS
+    register_parse("Gumbo", set, [](const std::string& page) {
+      GumboOutput* out = gumbo_parse_with_options(&kGumboDefaultOptions, page.data(), page.size());
+      benchmark::DoNotOptimize(out);
+      gumbo_destroy_output(&kGumboDefaultOptions, out);
+    });
+    register_parse("Libxml2", set, [](const std::string& page) {
+      htmlDocPtr doc = libxml2_parse({"", page});
+      benchmark::DoNotOptimize(doc);
+      xmlFreeDoc(doc);
+    });
+#endif
+    register_parse("Htcore", set, [](const std::string& page) {
+      ht::THtmlNode doc;
+      doc.ParseBytes(page.data(), page.size());
+      benchmark::DoNotOptimize(doc.FNodes);
+    });
+  }
+  // Memory: all pages of an input held at once, as a reader of them would.
+  for (const TPageSet& set : page_sets()) {
+    register_memory("Htcore", set, [](const TPageSet& set, const auto& sample) {
+      std::vector<std::unique_ptr<ht::THtmlNode>> held;
+      int64_t nodes = 0;
+      for (const std::string& page : set.pages) {
+        held.push_back(std::make_unique<ht::THtmlNode>());
+        held.back()->ParseBytes(page.data(), page.size());
+        nodes += count_nodes(held.back().get());
+      }
+      sample(nodes);
+    });
+#ifdef HTCORE_PEERS
+    register_memory("Gumbo", set, [](const TPageSet& set, const auto& sample) {
+      std::vector<GumboOutput*> held;
+      int64_t nodes = 0;
+      for (const std::string& page : set.pages) {
+        held.push_back(gumbo_parse_with_options(&kGumboDefaultOptions, page.data(), page.size()));
+        nodes += count_gumbo(held.back()->document);
+      }
+      sample(nodes);
+      for (GumboOutput* o : held)
+        gumbo_destroy_output(&kGumboDefaultOptions, o);
+    });
+    register_memory("Libxml2", set, [](const TPageSet& set, const auto& sample) {
+      std::vector<htmlDocPtr> held;
+      int64_t nodes = 0;
+      for (const std::string& page : set.pages) {
+        held.push_back(libxml2_parse({"", page}));
+        nodes += count_xml(reinterpret_cast<xmlNode*>(held.back()));
+      }
+      sample(nodes);
+      for (htmlDocPtr doc : held)
+        xmlFreeDoc(doc);
+    });
+#endif
+  }
+}
+
 } // namespace
 
 #ifdef HTCORE_PEERS
@@ -323,11 +470,13 @@ int main(int argc, char** argv) {
 #ifdef HTCORE_PEERS
   xmlSetGenericErrorFunc(nullptr, quiet); // libxml2 reports every unencodable character
 #endif
+  register_per_input();
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv))
     return 1;
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
+  peer_timer().PrintRatios();
   print_summary();
   return 0;
 }

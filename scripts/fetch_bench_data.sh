@@ -40,6 +40,16 @@ while [ "$n" -lt "$max" ] && [ "${#small[@]}" -gt 0 ]; do
   page=$((page + 1))
 done
 
+# Small pages (2-30 KB), each parsed on its own by html_bench's "small-pages".
+rm -rf "$out/small"
+mkdir -p "$out/small"
+k=0
+while IFS= read -r f; do
+  cp "$f" "$out/small/$(printf '%03d' "$k")-$(basename "$f")"
+  k=$((k + 1))
+  [ "$k" -ge 100 ] && break
+done < <(find /usr/share/doc -type f -name '*.html' -size +2k -size -30k 2>/dev/null | sort)
+
 # Style sheets: bootstrap (npm package, full and minified) beside the sheets
 # Debian ships. Without npm or a network the benchmarks use what is there.
 if [ ! -s "$out/bootstrap.css" ] && command -v npm >/dev/null; then
