@@ -1,5 +1,7 @@
 #include "htcore/document/html_parser.h"
 
+#include "document/html_char_classes.h"
+#include "document/tag_name_table.h"
 #include "document/utf8_check.h"
 #include "htcore/document/html_node.h"
 #include "htcore/foundation/codepage.h"
@@ -70,6 +72,25 @@ void recode_root(THtmlNode* root, THtmlEncoding enc, uint32_t cp) {
     root->ChangeEncoding(enc, cp);
 }
 
+// The end of the name of a close tag at p when "</" is followed by a name
+// and '>' the way the token reader takes them (a letter, then anything up to
+// a blank, quote, '<', '=' or '>' except "/>"); else null.
+const char16_t* close_tag_name_end(const char16_t* p, const char16_t* end) {
+  char16_t c = *p;
+  if (!((c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z')))
+    return nullptr;
+  for (++p; p < end; ++p) {
+    c = *p;
+    if (c >= 256 || (c >= u'a' && c <= u'z'))
+      continue;
+    if (c == u'>')
+      return p;
+    if (c == 0 || c == u'/' || detail::g_html_char_class[1][c] >= 2)
+      return nullptr;
+  }
+  return nullptr;
+}
+
 } // namespace
 
 THtmlParser::THtmlParser(const hstring& s, bool AXMLMode)
@@ -108,7 +129,21 @@ bool THtmlParser::NextItem() {
     RepeatCurrent = false;
     return !T.Eof;
   }
-  T.NextToken(true);
+  // The common tag shapes skip the token dispatch; what they leave behind
+  // (cursor, token, tag state) is what the token-by-token path leaves.
+  TStringParser& sp = T.Parser;
+  const char16_t* const lt = sp.p;
+  const char16_t* name_end = nullptr;
+  bool fast_open = false;
+  if (!T.InTag && sp.pend - lt >= 3 && lt[0] == u'<') {
+    char16_t c1 = lt[1];
+    if (c1 == u'/')
+      name_end = close_tag_name_end(lt + 2, sp.pend);
+    else
+      fast_open = (c1 >= u'a' && c1 <= u'z') || (c1 >= u'A' && c1 <= u'Z');
+  }
+  if (!name_end && !fast_open)
+    T.NextToken(true);
   FTagAttributes.Clear();
   if (Attributes) {
     Attributes->Clear();
@@ -118,8 +153,41 @@ bool THtmlParser::NextItem() {
   TagClosed = false;
   IsCloseTag = false;
 
+  if (name_end) {
+    // "</name>": a name interned rather than copied, then the '>'.
+    T.Token = InternName(TagList, lt + 2, static_cast<int>(name_end - (lt + 2)));
+    T.CurrentTag.clear();
+    T.TokenType = htTagEnd;
+    T.InTag = false;
+    sp.p = name_end + 1;
+    T.TokenStart = static_cast<int>(name_end - sp.Start());
+    T.TokenEnd = T.TokenStart + 1;
+    Tag = T.Token;
+    vLower(Tag);
+    TagType = htIdent;
+    IsCloseTag = true;
+    if (!IgnoreMetaEncoding && equals_ignore_case(Tag.view(), u"meta"))
+      ApplyMetaCharset();
+    StartPos = static_cast<int>(lt - sp.Start());
+    return !T.Eof;
+  }
+
   int item_start = T.TokenStart;
   bool found = false;
+  if (fast_open) {
+    // "<name": the '<' token, then the name as the tag reader takes it.
+    item_start = static_cast<int>(lt - sp.Start());
+    T.InTag = true;
+    T.TokenType = htTagStart;
+    sp.p = lt + 1;
+    T.TokenStart = item_start + 1;
+    T.ReadTag();
+    T.TokenEnd = T.Offset();
+    Tag = T.Token;
+    vLower(Tag);
+    TagType = htIdent;
+    found = true;
+  }
   while (!T.Eof && !found) {
     item_start = T.TokenStart;
     switch (T.TokenType) {
@@ -161,7 +229,22 @@ bool THtmlParser::NextItem() {
     return !T.Eof;
   }
 
-  T.NextToken(false);
+  if (fast_open && sp.p < sp.pend && *sp.p == u'>') {
+    // "<name>": the '>' token, which starts the body of a script or style.
+    T.TokenStart = T.Offset();
+    T.TokenType = htTagEnd;
+    ++sp.p;
+    T.InTag = false;
+    if (!T.XMLMode) {
+      if (detail::SameAsciiLower(T.CurrentTag.view(), u"script"))
+        T.ReadScript();
+      else if (detail::SameAsciiLower(T.CurrentTag.view(), u"style"))
+        T.ReadStyle();
+    }
+    T.TokenEnd = T.Offset();
+  } else {
+    T.NextToken(false);
+  }
   for (bool done = false; !T.Eof && !done;) {
     switch (T.TokenType) {
     case htIdent:
