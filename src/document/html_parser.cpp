@@ -245,6 +245,33 @@ bool THtmlParser::NextItem() {
   } else {
     T.NextToken(false);
   }
+  // After a blank, the common name="value" with a lower-case name read
+  // straight from the text: the name, value, tokens and cursor that
+  // ReadAttribute leaves, without the name's copy. False for any other
+  // shape; then nothing has moved.
+  auto read_quoted_attribute = [&]() -> bool {
+    const char16_t* b = sp.p;
+    if (sp.pend - b < 3 || *b < u'a' || *b > u'z')
+      return false;
+    const char16_t* e = b + 1;
+    while (e < sp.pend &&
+           ((*e >= u'a' && *e <= u'z') || *e == u'-' || (*e >= u'0' && *e <= u'9') || *e == u'_' || *e == u':'))
+      ++e;
+    if (sp.pend - e < 2 || *e != u'=' || (e[1] != u'"' && e[1] != u'\''))
+      return false;
+    int len = static_cast<int>(e - b);
+    FAttrname = len < 16 ? InternName(AttrList, b, len) : hstring::ForTree(b, static_cast<size_t>(len));
+    if (!Attributes)
+      Attributes = std::make_unique<THtAttributes>(FCaseSensitive);
+    sp.p = e + 1;
+    T.TokenStart = T.Offset();
+    T.ReadString();
+    T.TokenEnd = T.Offset();
+    FAttrvalue = T.Token;
+    T.NextToken(false);
+    FTagAttributes.Add(FAttrname, FAttrvalue, THtAttributeBatch::abKeepFirst, FCaseSensitive);
+    return true;
+  };
   for (bool done = false; !T.Eof && !done;) {
     switch (T.TokenType) {
     case htIdent:
@@ -270,6 +297,10 @@ bool THtmlParser::NextItem() {
       Value = T.Token;
       TagType = T.TokenType;
       done = true;
+      break;
+    case htSpace:
+      if (IsCloseTag || !read_quoted_attribute())
+        T.NextToken(false);
       break;
     default:
       T.NextToken(false);
@@ -338,7 +369,10 @@ void THtmlParser::ReadAttribute() {
   }
   if (T.Eof || (T.TokenType != htIdent && T.TokenType != htString))
     return; // no value: the attribute is dropped
-  FAttrvalue += T.Token;
+  if (FAttrvalue.empty())
+    FAttrvalue = T.Token; // shared, not copied
+  else
+    FAttrvalue += T.Token;
   if (T.TokenType == htIdent) {
     // Unquoted: "a=b=c/d" has the value "b=c/d".
     for (;;) {
