@@ -60,11 +60,18 @@ THtNode* NewChild(THtmlNode* self, THtNode* parent, THtmlParser& HP, const hstri
   return parent->InternalAddChild(self->GetElementClass(name, HP.GlobalRoot));
 }
 
+// The node as an HTML node, or null; plain THtmlNode nodes, most of a tree,
+// are told by their class without a dynamic cast.
+THtmlNode* AsHtmlNode(THtNode* n) {
+  static const THtNodeClass plain = NodeClass<THtmlNode>();
+  return n->ClassType() == plain ? static_cast<THtmlNode*>(n) : dynamic_cast<THtmlNode*>(n);
+}
+
 THtmlNode* NewElement(THtmlNode* self, THtNode* parent, THtmlParser& HP, const hstring& name) {
   THtNode* n = NewChild(self, parent, HP, name);
   if (!n)
     return nullptr;
-  if (auto* h = dynamic_cast<THtmlNode*>(n))
+  if (auto* h = AsHtmlNode(n))
     return h;
   parent->DeleteChild(n);
   return nullptr;
@@ -190,6 +197,7 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
       return nullptr;
   }
   TOpenTag open(HP, FTag);
+  const THtmlTagInfo self = HtmlTagInfo(this); // the tag stays for the whole activation
 
   for (;;) {
     if (!HP.NextItem()) {
@@ -200,13 +208,13 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
     if (HP.IsCloseTag) {
       if (HP.Tag == FTag)
         break;
-      THtmlTagInfo tag = HtmlTagInfo(HP.Tag.view());
       for (int i = StackCount(HP) - 1; i >= 0; --i)
         if (StackItem(HP, i)->FTag == HP.Tag)
           StackDelete(HP, i);
       // Most stray end tags name nothing open at all.
       if (HP.OpenTags[open_slot(HP.Tag)] == 0)
         continue;
+      THtmlTagInfo tag = HtmlTagInfo(HP.Tag.view());
       const int noted = StackCount(HP);
       constexpr uint32_t cells = Bit(tiTr) | Bit(tiTd) | Bit(tiTh);
       constexpr uint32_t table_tags = Bit(tiTable) | cells;
@@ -306,7 +314,6 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
         continue; // a doctype and the like leave no node
       }
 
-      THtmlTagInfo self = HtmlTagInfo(this);
       THtmlTagInfo tag;
       bool handled = false;
       if (!HP.Tag.empty()) {
@@ -418,7 +425,7 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
           child->SetContent(HP.Value);
           continue;
         }
-        auto* element = dynamic_cast<THtmlNode*>(child);
+        auto* element = AsHtmlNode(child);
         if (!element) {
           parent->DeleteChild(child);
           continue;
@@ -444,11 +451,11 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
   for (int i = StackCount(HP) - 1; i >= 0; --i)
     if (StackItem(HP, i)->HasAsParent(this))
       StackDelete(HP, i);
-  THtmlTagInfo self = HtmlTagInfo(this);
-  if (FParent && HtmlTagInfo(FParent).Id == tiTable && FParent->FParent && !(self.Sets & tsTableParts)) {
+  const THtmlTagId parent = FParent ? HtmlTagInfo(FParent).Id : tiOther;
+  if (parent == tiTable && FParent->FParent && !(self.Sets & tsTableParts)) {
     // Content parsed inside a table moves behind it.
     MoveToEnd(this, FParent->FParent);
-  } else if (FParent && HtmlTagInfo(FParent).Id == tiTr && self.Id != tiTd && self.Id != tiTh) {
+  } else if (parent == tiTr && self.Id != tiTd && self.Id != tiTh) {
     THtNode* table = FParent;
     while (table && HtmlTagInfo(table).Id != tiTable)
       table = table->FParent;
