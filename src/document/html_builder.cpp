@@ -2,6 +2,7 @@
 // with fixed repair rules for bad nesting.
 #include "document/html_tag_sets.h"
 #include "document/node_codepage.h"
+#include "document/tag_name_table.h"
 #include "htcore/document/html_node.h"
 #include "htcore/document/html_parser.h"
 #include "htcore/foundation/text_utils.h"
@@ -46,6 +47,9 @@ THtNode* up_over(THtNode* self, uint32_t ids, bool ignore_barrier, THtNode* limi
   }
   return nullptr;
 }
+
+// One name's test: cheaper than the table look-up of HtmlTagInfo.
+bool TagIs(const THtNode* n, std::u16string_view lower) { return SameAsciiLower(n->FTag.view(), lower); }
 
 bool TagIn(const THtNode* n, std::initializer_list<std::u16string_view> tags) {
   for (std::u16string_view t : tags)
@@ -137,9 +141,8 @@ THtNode* THtmlNode::FloatUpOver(std::initializer_list<std::u16string_view> Tags,
 }
 
 THtNode* THtmlNode::CheckTagOrder(const hstring& ATag, THtNode* Limit) {
-  THtmlTagInfo self = HtmlTagInfo(this);
   THtmlTagInfo tag = HtmlTagInfo(ATag.view());
-  if (self.Id == tiTr && !(tag.Sets & tsRowContent))
+  if (TagIs(this, u"tr") && !(tag.Sets & tsRowContent))
     return up_over(this, Bit(tiTable), true, Limit);
   if (!ATag.empty() && ATag[0] == u't') {
     switch (tag.Id) {
@@ -149,7 +152,7 @@ THtNode* THtmlNode::CheckTagOrder(const hstring& ATag, THtNode* Limit) {
     case tiTr: {
       constexpr uint32_t sections = Bit(tiThead) | Bit(tiTbody) | Bit(tiTfoot) | Bit(tiTable);
       THtNode* r = up_to(this, sections, Limit);
-      if (r || (sections & Bit(self.Id)))
+      if (r || (sections & Bit(HtmlTagInfo(this).Id)))
         return r;
       return up_over(this, Bit(tiTr), true, Limit);
     }
@@ -157,7 +160,7 @@ THtNode* THtmlNode::CheckTagOrder(const hstring& ATag, THtNode* Limit) {
     case tiTh:
       return up_to(this, Bit(tiTr), Limit);
     case tiTable:
-      return self.Id == tiTable ? up_over(this, Bit(tiTable), true, Limit) : nullptr;
+      return TagIs(this, u"table") ? up_over(this, Bit(tiTable), true, Limit) : nullptr;
     default:
       return nullptr; // tfoot, textarea, ... imply no end
     }
@@ -178,7 +181,7 @@ THtNode* THtmlNode::CheckTagOrder(const hstring& ATag, THtNode* Limit) {
   default:
     break;
   }
-  if (self.Id == tiHead && !(tag.Sets & tsHead))
+  if (TagIs(this, u"head") && !(tag.Sets & tsHead))
     return up_over(this, Bit(tiHead), false, Limit);
   if (tag.Sets & tsBlock)
     return up_over(this, Bit(tiP), false, Limit);
@@ -451,11 +454,10 @@ THtNode* THtmlNode::InternalParse(THtmlParser& HP) {
   for (int i = StackCount(HP) - 1; i >= 0; --i)
     if (StackItem(HP, i)->HasAsParent(this))
       StackDelete(HP, i);
-  const THtmlTagId parent = FParent ? HtmlTagInfo(FParent).Id : tiOther;
-  if (parent == tiTable && FParent->FParent && !(self.Sets & tsTableParts)) {
+  if (FParent && TagIs(FParent, u"table") && FParent->FParent && !(self.Sets & tsTableParts)) {
     // Content parsed inside a table moves behind it.
     MoveToEnd(this, FParent->FParent);
-  } else if (parent == tiTr && self.Id != tiTd && self.Id != tiTh) {
+  } else if (FParent && TagIs(FParent, u"tr") && self.Id != tiTd && self.Id != tiTh) {
     THtNode* table = FParent;
     while (table && HtmlTagInfo(table).Id != tiTable)
       table = table->FParent;
