@@ -75,9 +75,11 @@ void recode_root(THtmlNode* root, THtmlEncoding enc, uint32_t cp) {
 // The end of the name of a close tag at p when "</" is followed by a name
 // and '>' the way the token reader takes them (a letter, then anything up to
 // a blank, quote, '<', '=' or '>' except "/>"); else null.
-const char16_t* close_tag_name_end(const char16_t* p, const char16_t* end) {
+// Capital tells whether the name holds an ASCII capital.
+const char16_t* close_tag_name_end(const char16_t* p, const char16_t* end, bool& capital) {
   char16_t c = *p;
-  if (!((c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z')))
+  capital = c >= u'A' && c <= u'Z';
+  if (!((c >= u'a' && c <= u'z') || capital))
     return nullptr;
   for (++p; p < end; ++p) {
     c = *p;
@@ -87,6 +89,7 @@ const char16_t* close_tag_name_end(const char16_t* p, const char16_t* end) {
       return p;
     if (c == 0 || c == u'/' || detail::g_html_char_class[1][c] >= 2)
       return nullptr;
+    capital |= c >= u'A' && c <= u'Z';
   }
   return nullptr;
 }
@@ -134,11 +137,11 @@ bool THtmlParser::NextItem() {
   TStringParser& sp = T.Parser;
   const char16_t* const lt = sp.p;
   const char16_t* name_end = nullptr;
-  bool fast_open = false;
+  bool fast_open = false, capital = false;
   if (!T.InTag && sp.pend - lt >= 3 && lt[0] == u'<') {
     char16_t c1 = lt[1];
     if (c1 == u'/')
-      name_end = close_tag_name_end(lt + 2, sp.pend);
+      name_end = close_tag_name_end(lt + 2, sp.pend, capital);
     else
       fast_open = (c1 >= u'a' && c1 <= u'z') || (c1 >= u'A' && c1 <= u'Z');
   }
@@ -163,7 +166,8 @@ bool THtmlParser::NextItem() {
     T.TokenStart = static_cast<int>(name_end - sp.Start());
     T.TokenEnd = T.TokenStart + 1;
     Tag = T.Token;
-    vLower(Tag);
+    if (capital)
+      vLower(Tag);
     TagType = htIdent;
     IsCloseTag = true;
     if (!IgnoreMetaEncoding && equals_ignore_case(Tag.view(), u"meta"))
@@ -184,7 +188,8 @@ bool THtmlParser::NextItem() {
     T.ReadTag();
     T.TokenEnd = T.Offset();
     Tag = T.Token;
-    vLower(Tag);
+    if (T.CaseSensitive != FCaseSensitive) // else the tag reader has lowered it already
+      vLower(Tag);
     TagType = htIdent;
     found = true;
   }
