@@ -114,6 +114,43 @@ TEST(HtmlParser, ItemStreams) {
     EXPECT_EQ(items(c.src), c.expected) << ToUtf8(c.src);
 }
 
+// Common tag shapes have a short path through the item reader; these are its
+// edges, each next to a shape that takes the long path.
+TEST(HtmlParser, ShortTagPathsGiveTheSameItems) {
+  struct {
+    const char16_t* src;
+    const char* expected;
+  } cases[] = {
+      {u"<b>x</b>", "b 'x' /b"},
+      {u"<B>x</B>", "b 'x' /b"},
+      {u"<b>x</Bb>", "b 'x' /bb"},
+      {u"<b>x</b >", "b 'x' /b"},
+      {u"<b>x</b/>", "b 'x' /b/"},
+      {u"<b>x</a/b>", "b 'x' /a/b"},
+      {u"<b>x</b1-c.d:e>", "b 'x' /b1-c.d:e"},
+      {u"<b>x</b\u00e9>", "b 'x' /b\u00e9"},
+      {u"<b>x</b", "b 'x'"},
+      {u"<b>x</b\"y>", "b 'x' /b"},
+      {u"<b>x</1>", "b 'x' /1"},
+      {u"<a b=\"1\" c='2'>", "a[b=1,c=2]"},
+      {u"<a b=\"1\" b='2'>", "a[b=1]"},
+      {u"<a b=\"1\" b>", "a[b=b]"},
+      {u"<a b-c:d_e1=\"1\">", "a[b-c:d_e1=1]"},
+      {u"<a Bc=\"1\" bc=\"2\">", "a[bc=1]"},
+      {u"<a b=\"1\"/>", "a/[b=1]"},
+      {u"<a b=\"1\"c=\"2\">", "a[b=1,c=2]"},
+      {u"<a b=\"x&amp;y\">", "a[b=x&y]"},
+      {u"<a b=\"x", ""},
+      {u"<a abcdefghijklmnopq=\"1\">", "a[abcdefghijklmnopq=1]"},
+      {u"<a b =\"1\" c= '2'>", "a[b=1,c=2]"},
+      {u"<P Class=\"x\">y", "p[class=x] 'y'"},
+      {u"<style a=\"1\">p{}</style>", "style/[a=1]:p{}"},
+      {u"<Script>x</script>y", "script/:x 'y'"},
+  };
+  for (auto& c : cases)
+    EXPECT_EQ(items(c.src), c.expected) << ToUtf8(c.src);
+}
+
 TEST(HtmlParser, XmlModeKeepsCaseAndHasNoScriptMode) {
   struct {
     const char16_t* src;
