@@ -56,6 +56,16 @@ std::string generated_page() {
   return s + "</body></html>\n";
 }
 
+// HTCORE_BENCH_DATA, else bench/data seen from the build directory (the
+// source path as compiled) or from the source tree's top.
+std::filesystem::path data_dir() {
+  if (const char* env = std::getenv("HTCORE_BENCH_DATA"))
+    return env;
+  std::filesystem::path beside = std::filesystem::path(__FILE__).parent_path() / "data";
+  std::error_code ec;
+  return std::filesystem::is_directory(beside, ec) ? beside : std::filesystem::path("bench/data");
+}
+
 // In one read: a character-by-character stream read would dominate the
 // instruction count of a run that parses nothing.
 std::string read_file(const std::filesystem::path& path) {
@@ -72,9 +82,7 @@ std::string read_file(const std::filesystem::path& path) {
 const std::vector<TDoc>& docs() {
   static const std::vector<TDoc> list = [] {
     std::vector<TDoc> r;
-    const char* env = std::getenv("HTCORE_BENCH_DATA");
-    std::filesystem::path dir =
-        env ? std::filesystem::path(env) : std::filesystem::path(__FILE__).parent_path() / "data";
+    std::filesystem::path dir = data_dir();
     std::error_code ec;
     for (const auto& e : std::filesystem::directory_iterator(dir, ec))
       if (e.path().extension() == ".html") {
@@ -344,9 +352,7 @@ struct TPageSet {
 
 std::vector<std::string> small_pages() {
   std::vector<std::string> r;
-  const char* env = std::getenv("HTCORE_BENCH_DATA");
-  std::filesystem::path dir =
-      (env ? std::filesystem::path(env) : std::filesystem::path(__FILE__).parent_path() / "data") / "small";
+  std::filesystem::path dir = data_dir() / "small";
   std::error_code ec;
   std::vector<std::filesystem::path> files;
   for (const auto& e : std::filesystem::directory_iterator(dir, ec))
