@@ -4,6 +4,7 @@
 // and `//` descendant steps, `..`, `current`, `@name`, `text()`, `*`, and one
 // bracket of conditions per step); only what a write needs is here.
 #include "document/node_walk.h"
+#include "foundation/quote_scan.h"
 #include "htcore/document/xml_node.h"
 #include "htcore/foundation/text_utils.h"
 
@@ -73,26 +74,9 @@ bool to_int(sv s, int& v) {
   return r.ec == std::errc() && r.ptr == a.data() + a.size();
 }
 
-// Up to blank, '!', '<', '=', '>' outside quotes and brackets.
+// Up to a space or an operator unit outside quotes and brackets.
 TOperand read_operand(sv& s) {
-  size_t i = 0;
-  char16_t quote = 0;
-  int depth = 0;
-  for (; i < s.size(); ++i) {
-    char16_t c = s[i];
-    if (quote) {
-      if (c == quote)
-        quote = 0;
-    } else if (c == u'"' || c == u'\'') {
-      quote = c;
-    } else if (c == u'[') {
-      ++depth;
-    } else if (c == u']') {
-      --depth;
-    } else if (depth <= 0 && (c == u' ' || c == u'!' || c == u'<' || c == u'=' || c == u'>')) {
-      break;
-    }
-  }
+  size_t i = detail::TQuoteScanner(detail::kSetterOperandScan).Find(s);
   TOperand o;
   sv t = trim(s.substr(0, i));
   s.remove_prefix(i);
@@ -191,26 +175,8 @@ std::vector<TStep> compile(sv p) {
       st.all = true;
       p.remove_prefix(1);
     }
-    size_t i = 0, bracket = sv::npos;
-    char16_t quote = 0;
-    int depth = 0;
-    for (; i < p.size(); ++i) {
-      char16_t c = p[i];
-      if (quote) {
-        if (c == quote)
-          quote = 0;
-      } else if (c == u'"' || c == u'\'') {
-        quote = c;
-      } else if (c == u'[') {
-        if (bracket == sv::npos)
-          bracket = i;
-        ++depth;
-      } else if (c == u']') {
-        --depth;
-      } else if (c == u'/' && depth <= 0) {
-        break;
-      }
-    }
+    size_t bracket;
+    size_t i = detail::TQuoteScanner(detail::kSetterStepScan).Find(p, 0, &bracket);
     sv text = p.substr(0, i);
     sv name = text.substr(0, bracket == sv::npos ? text.size() : bracket);
     if (bracket != sv::npos) {

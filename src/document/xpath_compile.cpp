@@ -1,5 +1,6 @@
 // Path text to TXPathNode steps. Nothing here fails: text that does not fit
 // the grammar ends up as a tag name or an operand that matches nothing.
+#include "foundation/quote_scan.h"
 #include "htcore/document/xpath.h"
 #include "htcore/foundation/text_utils.h"
 #include "xpath_internal.h"
@@ -30,24 +31,9 @@ bool take_word(const char16_t*& p, std::u16string_view word) {
 // Unlike step text, a quote here is closed only by the same quote unit.
 hstring read_operand(const char16_t*& p, bool& str, bool& attr) {
   const char16_t* start = p;
-  char16_t quote = 0;
-  int depth = 0;
-  for (; *p; ++p) {
-    char16_t c = *p;
-    if (quote) {
-      if (c == quote)
-        quote = 0;
-    } else if (c == u'"' || c == u'\'') {
-      quote = c;
-    } else if (c == u'[') {
-      ++depth;
-    } else if (c == u']') {
-      if (depth > 0)
-        --depth;
-    } else if (depth == 0 && (is_blank(c) || c == u'!' || c == u'<' || c == u'=' || c == u'>')) {
-      break;
-    }
-  }
+  detail::TQuoteScanner scan(detail::kPathOperandScan);
+  while (*p && scan.Feed(*p) != detail::TQuoteScanner::suStop)
+    ++p;
   hstring s = Trim(hstring(start, static_cast<size_t>(p - start)));
   if (!s.empty() && (s[0] == u'"' || s[0] == u'\'')) {
     str = true;
@@ -118,24 +104,13 @@ void TXPathProcessor::ExtractPathPart(const char16_t*& p, TXPathNode& Step) {
   // One quote state for both quote units, and brackets counted outside it.
   const char16_t* start = p;
   const char16_t* bracket = nullptr;
-  bool quoted = false;
-  int depth = 0;
+  detail::TQuoteScanner scan(detail::kPathStepScan);
   for (; *p; ++p) {
-    char16_t c = *p;
-    if (c == u'"' || c == u'\'') {
-      quoted = !quoted;
-    } else if (quoted) {
-      continue;
-    } else if (c == u'[') {
-      if (!bracket)
-        bracket = p;
-      ++depth;
-    } else if (c == u']') {
-      if (depth > 0)
-        --depth;
-    } else if (c == u'/' && depth == 0) {
+    detail::TQuoteScanner::TUnit u = scan.Feed(*p);
+    if (u == detail::TQuoteScanner::suStop)
       break;
-    }
+    if (u == detail::TQuoteScanner::suOpen && !bracket)
+      bracket = p;
   }
   hstring name;
   if (bracket) {

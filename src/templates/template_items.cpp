@@ -1,3 +1,4 @@
+#include "foundation/quote_scan.h"
 #include "htcore/foundation/hash.h"
 #include "htcore/foundation/text_utils.h"
 #include "htcore/templates/template_functions.h"
@@ -14,55 +15,20 @@ hstring trimmed_tail(const hstring& s, size_t from) { return Trim(s.substr(from)
 // Splits at '.' outside brackets and quotes, so that a path condition such as
 // [@price='1.5'] stays in one step. Empty steps ("a..b") are dropped.
 void split_steps(std::u16string_view s, std::vector<hstring>& out) {
-  int depth = 0;
-  char16_t quote = 0;
-  size_t from = 0;
-  auto emit = [&](size_t to) {
+  detail::TQuoteScanner scan(detail::kTemplateStepScan);
+  for (size_t from = 0; from <= s.size();) {
+    size_t to = scan.Find(s, from);
     if (to > from)
       out.emplace_back(s.substr(from, to - from));
     from = to + 1;
-  };
-  for (size_t i = 0; i < s.size(); ++i) {
-    char16_t c = s[i];
-    if (quote) {
-      if (c == quote)
-        quote = 0;
-    } else if (c == u'\'' || c == u'"') {
-      quote = c;
-    } else if (c == u'[') {
-      ++depth;
-    } else if (c == u']') {
-      if (depth > 0)
-        --depth;
-    } else if (c == u'.' && depth == 0) {
-      emit(i);
-    }
   }
-  emit(s.size());
 }
 
 // Position of the '(' that starts a trailing "(format)": the first one outside
 // brackets and quotes, or npos.
 size_t format_start(std::u16string_view s) {
-  int depth = 0;
-  char16_t quote = 0;
-  for (size_t i = 0; i < s.size(); ++i) {
-    char16_t c = s[i];
-    if (quote) {
-      if (c == quote)
-        quote = 0;
-    } else if (c == u'\'' || c == u'"') {
-      quote = c;
-    } else if (c == u'[') {
-      ++depth;
-    } else if (c == u']') {
-      if (depth > 0)
-        --depth;
-    } else if (c == u'(' && depth == 0) {
-      return i;
-    }
-  }
-  return std::u16string_view::npos;
+  size_t f = detail::TQuoteScanner(detail::kTemplateFormatScan).Find(s);
+  return f < s.size() ? f : std::u16string_view::npos;
 }
 
 bool is_number_format(char16_t c) { return c == u'#' || c == u',' || c == u'.' || (c >= u'0' && c <= u'9'); }

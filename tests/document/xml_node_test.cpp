@@ -313,6 +313,11 @@ TEST(XmlNode, XPathSetCreatesPaths) {
       {u"<r><a><n>1</n></a><a><n>2</n></a></r>", u"a[n='2']/@hit",
        "<r><a><n>1</n></a><a hit=\"v\"><n>2</n></a></r>"},
       {u"<r/>", u"/a", "<r><a>v</a></r>"},
+      // Unlike a node path, the setter closes a quote only with the same unit,
+      // and only a space ends an operand.
+      {u"<r><a k=\"it's\"/></r>", u"a[@k=\"it's\"]/b", "<r><a k=\"it's\"><b>v</b></a></r>"},
+      {u"<r><a k=\"2\"/></r>", u"a[@k='1'\tor @k='2']/b", "<r><a k=\"2\"/></r>"},
+      {u"<r><a k=\"2\"/></r>", u"a[@k='1' or @k='2']/b", "<r><a k=\"2\"><b>v</b></a></r>"},
   };
   for (auto& c : cases) {
     THtXMLNode doc{hstring(c.xml)};

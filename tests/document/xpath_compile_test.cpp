@@ -149,6 +149,8 @@ TEST(XPathCompile, Conditions) {
       {u"a[@x!]", "tag:a{@x != }"},
       {u"a[= 1]", "tag:a{ = 1}"},
       {u"a[x y]", "tag:a{x, y}"},
+      {u"a[@x='1'\tor @y]", "tag:a{@x = '1', or @y}"}, // any blank ends an operand
+      {u"a[x][y=1]", "tag:a{x][y=1}"},                 // a stray `]` does not close the `[`
       {u"a[  ]", "tag:a"},
   };
   for (const auto& c : cases)

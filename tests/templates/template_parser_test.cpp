@@ -197,6 +197,13 @@ TEST(TemplateNames, TakenApartOnce) {
   CompileTemplateName(u"items/item[last()](0.00)"_hs, n);
   EXPECT_EQ(n.Steps, std::vector<hstring>{u"items/item[last()]"_hs});
   EXPECT_EQ(n.Format, u"0.00");
+  // A quote closes only with its own unit; a stray `]` is ignored, so the `[`
+  // behind it stays open to the end.
+  CompileTemplateName(u"a[@t=\"it's.x\"].b"_hs, n);
+  EXPECT_EQ(n.Steps, (std::vector<hstring>{u"a[@t=\"it's.x\"]"_hs, u"b"_hs}));
+  CompileTemplateName(u"a]x[.b(0)"_hs, n);
+  EXPECT_EQ(n.Steps, std::vector<hstring>{u"a]x[.b(0)"_hs});
+  EXPECT_TRUE(n.Format.empty());
 
   struct {
     const char16_t* in;
