@@ -1,10 +1,12 @@
-// The path walkers of THtNode: XPath, XPathValue and their conditions.
+// Conditions, the entry points of path queries, the visit budget, and the
+// value walk.
 //
-// A walk is a recursion over the tree, one level per child taken. To serve
-// documents of any depth it runs on an explicit stack of frames, each frame
-// being one activation of the recursive walk with the point where it resumes;
-// the order of matches, and the quirks of value queries, are those of the
-// recursion.
+// A value query ends the level of the tree on which it matched, which makes
+// its order that of a recursion over the tree, one level per child taken. To
+// serve documents of any depth it runs on an explicit stack of frames, each
+// frame being one activation of the recursive walk with the point where it
+// resumes. The list and callback walks need no frame per level (see
+// xpath_walk.cpp).
 #include "htcore/document/xpath.h"
 
 #include "htcore/document/node.h"
@@ -30,20 +32,13 @@ struct NestingGuard {
   NestingGuard& operator=(const NestingGuard&) = delete;
 };
 
-// A path can make the walk exponential in its length: `//*/..` repeated
-// steps down to every node and back up, so each repeat multiplies the
-// frames by the node count. A walk stops where its visits run past a
-// budget that any sensible query on the same tree stays well within; the
-// matches found so far stand. Nested walks of conditions share the budget
-// of the query that holds them.
+// The budget: 64 visits per node of the tree, at least about four million.
 constexpr uint64_t kMinVisits = uint64_t(1) << 22;
 constexpr uint64_t kVisitsPerNode = 64;
 // A condition's nested walk compiles its path first, which costs as much as
 // visiting a few hundred nodes.
 constexpr uint64_t kNestedWalkCost = 256;
-thread_local int g_walks = 0;
-thread_local uint64_t g_visits = 0;
-thread_local uint64_t g_visit_limit = 0;
+thread_local detail::TWalkVisits g_visits;
 
 uint64_t count_nodes(const THtNode* root) {
   uint64_t n = 0;
@@ -60,37 +55,6 @@ uint64_t count_nodes(const THtNode* root) {
   }
   return n;
 }
-
-class WalkBudget {
-public:
-  explicit WalkBudget(THtNode* start) : FStart(start) {
-    if (g_walks++ == 0) {
-      g_visits = 0;
-      g_visit_limit = kMinVisits;
-    } else {
-      g_visits += kNestedWalkCost;
-    }
-  }
-  ~WalkBudget() { --g_walks; }
-  WalkBudget(const WalkBudget&) = delete;
-  WalkBudget& operator=(const WalkBudget&) = delete;
-
-  // True once the query has used up its visits. The tree is only counted
-  // when the small budget runs out, so ordinary queries never pay for it.
-  bool Spent() {
-    if (++g_visits <= g_visit_limit)
-      return false;
-    if (g_visit_limit == kMinVisits) {
-      uint64_t scaled = count_nodes(FStart->Root()) * kVisitsPerNode;
-      g_visit_limit = scaled > kMinVisits ? scaled : kMinVisits + 1;
-      return g_visits > g_visit_limit;
-    }
-    return true;
-  }
-
-private:
-  THtNode* FStart;
-};
 
 // ChildIndex() == index, stopping once more elements than that went before:
 // `//tr[0]` over a long table stays linear. Counts as ChildIndex does.
@@ -216,18 +180,37 @@ bool THtNode::EvaluateCondition(const TXPathNode* Step) {
   return result;
 }
 
-void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool FirstOnly) {
+// The tree is only counted when the small budget runs out, so ordinary
+// queries never pay for it.
+bool detail::WalkVisitsSpent(TWalkVisits& v, const THtNode* Start) {
+  if (v.Limit != kMinVisits)
+    return true;
+  uint64_t scaled = count_nodes(const_cast<THtNode*>(Start)->Root()) * kVisitsPerNode;
+  v.Limit = scaled > kMinVisits ? scaled : kMinVisits + 1;
+  return v.Count > v.Limit;
+}
+
+detail::TWalkBudget::TWalkBudget(const THtNode* Start) : FVisits(g_visits), FStart(Start) {
+  if (FVisits.Walks++ == 0) {
+    FVisits.Count = 0;
+    FVisits.Limit = kMinVisits;
+  } else {
+    FVisits.Count += kNestedWalkCost;
+  }
+}
+
+void detail::XPathValueWalk(THtNode* Start, const TXPathNode* Step, THtNodeList* List, bool FirstOnly) {
   TXPathProcessor* proc = Step->Processor;
   auto done = [&] { return (FirstOnly && List && List->GetCount() > 0) || !proc->Value.empty(); };
-  WalkBudget budget(this);
+  TWalkBudget budget(Start);
   std::vector<Frame> stack;
-  stack.push_back({this, Step, nullptr, 0, rEnter});
+  stack.push_back({Start, Step, nullptr, 0, rEnter});
   while (!stack.empty()) {
     Frame& f = stack.back();
     const TXPathNode* step = f.step;
     switch (f.at) {
     case rEnter: {
-      if (budget.Spent())
+      if (budget.Spend())
         return;
       // A first-only list holds its one match: nothing further may add.
       if (FirstOnly && List && List->GetCount() > 0) {
@@ -262,7 +245,7 @@ void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool Firs
     }
     case rTest: {
       THtNode* c = f.child;
-      if (budget.Spent())
+      if (budget.Spend())
         return;
       if (!c) {
         stack.pop_back();
@@ -312,84 +295,6 @@ void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool Firs
       break;
     }
   }
-}
-
-bool THtNode::InternalXPathRef(const TXPathNode* Step, const THtNodeProcRef& Proc) {
-  // A false answer from Proc ends the entire walk, so no frame needs to see
-  // the result of the one above it.
-  WalkBudget budget(this);
-  std::vector<Frame> stack;
-  stack.push_back({this, Step, nullptr, 0, rEnter});
-  while (!stack.empty()) {
-    Frame& f = stack.back();
-    const TXPathNode* step = f.step;
-    switch (f.at) {
-    case rEnter: {
-      if (budget.Spent())
-        return true;
-      if (step->Kind == xkAttr || step->Kind == xkCurrent) {
-        stack.pop_back();
-        break;
-      }
-      if (step->Kind == xkParent) {
-        if (!f.node->FParent) {
-          stack.pop_back();
-        } else if (step->Next) {
-          f = {f.node->FParent, step->Next, nullptr, 0, rEnter};
-        } else {
-          // The node itself, not its parent: callers rely on it.
-          bool more = true;
-          Proc(f.node, more);
-          if (!more)
-            return false;
-          stack.pop_back();
-        }
-        break;
-      }
-      f.child = f.node->FirstChild();
-      f.index = 0;
-      f.at = rTest;
-      break;
-    }
-    case rTest: {
-      if (budget.Spent())
-        return true;
-      if (!f.child) {
-        stack.pop_back();
-        break;
-      }
-      // Descendants come before the child itself here.
-      f.at = rAfterAll;
-      if (step->All)
-        stack.push_back({f.child, step, nullptr, 0, rEnter});
-      break;
-    }
-    case rAfterAll: {
-      THtNode* c = f.child;
-      f.at = rAfterMatch;
-      if (matches(c, step)) {
-        if (step->Next) {
-          stack.push_back({c, step->Next, nullptr, 0, rEnter});
-        } else {
-          bool more = true;
-          Proc(c, more);
-          if (!more)
-            return false;
-        }
-      }
-      break;
-    }
-    case rAfterMatch:
-      f.child = next_child(f);
-      ++f.index;
-      f.at = rTest;
-      break;
-    case rReturn:
-      stack.pop_back();
-      break;
-    }
-  }
-  return true;
 }
 
 IHtNodeList THtNode::XPath(const hstring& APath, bool FirstOnly, THtNode* Current) {
