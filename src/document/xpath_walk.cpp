@@ -158,122 +158,66 @@ template <TOrder Order> THtNode* next_named(TActivation& a, TWalkBudget& budget,
   return found;
 }
 
-class TListWalk {
+// One walk of the list form (matches go to List; the first one ends a
+// first-only walk) or of the callback form (Proc gets each match and may end
+// the walk).
+class TStepWalk {
 public:
-  TListWalk(THtNode* Start, THtNodeList* List, bool FirstOnly)
-      : FBudget(Start), FList(List), FFirstOnly(FirstOnly) {}
+  enum TEnd { eGoOn, eSpent, eStopped };
 
-  void Run(THtNode* Start, const TXPathNode* Step) {
-    if (!Enter(Start, Step))
-      return;
+  TStepWalk(THtNode* Start, THtNodeList* List, bool FirstOnly, const THtNodeProcRef* Proc)
+      : FBudget(Start), FList(List), FFirstOnly(FirstOnly), FProc(Proc) {}
+
+  TEnd Run(THtNode* Start, const TXPathNode* Step) {
+    if (TEnd e = Enter(Start, Step); e != eGoOn)
+      return e;
     bool spent = false;
     while (!FStack.Empty()) {
       TActivation& a = FStack.Top();
-      THtNode* c =
-          a.Step->All ? next_named<oPreorder>(a, FBudget, spent) : next_named<oChildren>(a, FBudget, spent);
+      THtNode* c = !a.Step->All ? next_named<oChildren>(a, FBudget, spent)
+                   : FProc      ? next_named<oPostorder>(a, FBudget, spent)
+                                : next_named<oPreorder>(a, FBudget, spent);
       if (spent)
-        return;
+        return eSpent;
       if (!c) {
         FStack.Pop();
         if (FBudget.Spend()) // the end of the children
-          return;
+          return eSpent;
         continue;
       }
       if (!a.Test.Conditions(c))
         continue;
-      if (a.Step->Next ? !Enter(c, a.Step->Next) : !Add(c))
-        return;
+      if (TEnd e = a.Step->Next ? Enter(c, a.Step->Next) : Found(c); e != eGoOn)
+        return e;
     }
+    return eGoOn;
   }
 
 private:
   // Starts Step at Node: attribute, parent and current steps are answered at
-  // once, the others become an activation. False ends the walk.
-  bool Enter(THtNode* Node, const TXPathNode* Step) {
-    for (;;) {
-      if (FBudget.Spend())
-        return false;
-      switch (Step->Kind) {
-      case xkAttr:
-        return !Node->HasAttribute(Step->Tag) || Add(Node);
-      case xkParent:
-      case xkCurrent: {
-        THtNode* target = Step->Kind == xkParent ? Node->FParent : Step->Processor->Current;
-        if (!target)
-          return true;
-        if (!Step->Next)
-          return Add(target);
-        Node = target;
-        Step = Step->Next;
-        break;
-      }
-      default:
-        FStack.Push(Node, Step);
-        return true;
-      }
-    }
-  }
-
-  // A first-only list holds its one match: nothing further may add.
-  bool Add(THtNode* Node) {
-    FList->Add(Node);
-    return !FFirstOnly;
-  }
-
-  TWalkBudget FBudget;
-  THtNodeList* FList;
-  bool FFirstOnly;
-  TActivations FStack;
-};
-
-class TCallbackWalk {
-public:
-  TCallbackWalk(THtNode* Start, const THtNodeProcRef& Proc) : FBudget(Start), FProc(Proc) {}
-
-  // False when Proc ended the walk.
-  bool Run(THtNode* Start, const TXPathNode* Step) {
-    if (TEnd e = Enter(Start, Step); e != eGoOn)
-      return e == eSpent;
-    bool spent = false;
-    while (!FStack.Empty()) {
-      TActivation& a = FStack.Top();
-      THtNode* c =
-          a.Step->All ? next_named<oPostorder>(a, FBudget, spent) : next_named<oChildren>(a, FBudget, spent);
-      if (spent)
-        return true;
-      if (!c) {
-        FStack.Pop();
-        if (FBudget.Spend()) // the end of the children
-          return true;
-        continue;
-      }
-      if (!a.Test.Conditions(c))
-        continue;
-      if (TEnd e = a.Step->Next ? Enter(c, a.Step->Next) : Call(c); e != eGoOn)
-        return e == eSpent;
-    }
-    return true;
-  }
-
-private:
-  enum TEnd { eGoOn, eSpent, eStopped };
-
+  // once, the others become an activation. The callback form takes nothing
+  // from attribute and current steps, and a last parent step hands it the
+  // node itself, not its parent: callers rely on it.
   TEnd Enter(THtNode* Node, const TXPathNode* Step) {
     for (;;) {
       if (FBudget.Spend())
         return eSpent;
       switch (Step->Kind) {
       case xkAttr:
-      case xkCurrent:
-        return eGoOn;
+        return !FProc && Node->HasAttribute(Step->Tag) ? Found(Node) : eGoOn;
       case xkParent:
-        if (!Node->FParent)
+      case xkCurrent: {
+        if (FProc && Step->Kind == xkCurrent)
+          return eGoOn;
+        THtNode* target = Step->Kind == xkParent ? Node->FParent : Step->Processor->Current;
+        if (!target)
           return eGoOn;
         if (!Step->Next)
-          return Call(Node); // the node itself, not its parent: callers rely on it
-        Node = Node->FParent;
+          return Found(FProc ? Node : target);
+        Node = target;
         Step = Step->Next;
         break;
+      }
       default:
         FStack.Push(Node, Step);
         return eGoOn;
@@ -281,15 +225,21 @@ private:
     }
   }
 
-  TEnd Call(THtNode* Node) {
+  TEnd Found(THtNode* Node) {
+    if (!FProc) {
+      FList->Add(Node);
+      return FFirstOnly ? eStopped : eGoOn; // a first-only list holds its one match
+    }
     bool more = true;
-    FProc(Node, more);
+    (*FProc)(Node, more);
     FStack.ForgetTags();
     return more ? eGoOn : eStopped;
   }
 
   TWalkBudget FBudget;
-  const THtNodeProcRef& FProc;
+  THtNodeList* FList;
+  bool FFirstOnly;
+  const THtNodeProcRef* FProc;
   TActivations FStack;
 };
 
@@ -301,11 +251,11 @@ void THtNode::InternalXPath(const TXPathNode* Step, THtNodeList* List, bool Firs
   if (!List || (Step->Processor && !Step->Processor->Value.empty()))
     detail::XPathValueWalk(this, Step, List, FirstOnly);
   else
-    TListWalk(this, List, FirstOnly).Run(this, Step);
+    TStepWalk(this, List, FirstOnly, nullptr).Run(this, Step);
 }
 
 bool THtNode::InternalXPathRef(const TXPathNode* Step, const THtNodeProcRef& Proc) {
-  return TCallbackWalk(this, Proc).Run(this, Step);
+  return TStepWalk(this, nullptr, false, &Proc).Run(this, Step) != TStepWalk::eStopped;
 }
 
 } // namespace ht

@@ -53,8 +53,9 @@ TEST(QuoteScan, EachUserKeepsItsRules) {
       TQuoteScanner scan(*rules[r]);
       size_t open = 0;
       EXPECT_EQ(scan.Find(s, 0, &open), c.stop[r]) << names[r] << ": " << u8(s);
-      if (c.open == npos || c.stop[r] > c.open)
+      if (c.open == npos || c.stop[r] > c.open) {
         EXPECT_EQ(open, c.open) << names[r] << ": " << u8(s);
+      }
     }
   }
 }
