@@ -45,7 +45,7 @@ class TTokenReaderNode : public ht::THtXMLNode {
   HT_NODE_CLASS(TTokenReaderNode)
 };
 
-template <class Read> std::string outcome(ht::THtXMLNode& node, Read&& read) {
+template <class Read> std::string outcome_of(ht::THtXMLNode& node, Read&& read) {
   std::string r;
   try {
     read(node);
@@ -67,7 +67,7 @@ template <class Read> std::string outcome(ht::THtXMLNode& node, Read&& read) {
 }
 
 std::string outcome(ht::THtXMLNode& node, const ht::hstring& text) {
-  return outcome(node, [&](ht::THtXMLNode& n) { n.SetJSON(text); });
+  return outcome_of(node, [&](ht::THtXMLNode& n) { n.SetJSON(text); });
 }
 
 } // namespace
@@ -82,7 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (expected != outcome(tokens, text))
       __builtin_trap();
     ht::THtXMLNode from_bytes;
-    if (outcome(from_bytes, [&](ht::THtXMLNode& n) { ht::SetJSONUtf8(n, bytes); }) != expected)
+    if (outcome_of(from_bytes, [&](ht::THtXMLNode& n) { ht::SetJSONUtf8(n, bytes); }) != expected)
       __builtin_trap();
   }
   auto doc = read(ht::hstring::FromUtf8(bytes));
