@@ -100,25 +100,30 @@ void XMLTagOrderError(const hstring& expected, const hstring& found, int pos) {
 
 } // namespace detail
 
+// Only on a node of exactly this class: a subclass may have its own Parse.
+bool THtXMLNode::ReadDirect(const hstring* XML, std::string_view UTF8) {
+  if (typeid(*this) != typeid(THtXMLNode))
+    return false;
+  hstring tag = FTag;
+  int32_t hash = FTagHash;
+  THTMLTokenType type = TagType;
+  bool preserve = FPreserveSpace;
+  ClearNode();
+  FContent.clear();
+  FProcessingInstructions.reset();
+  if (XML ? detail::ReadXMLFast(*this, *XML) : detail::ReadXMLFast(*this, UTF8))
+    return true;
+  FTag = tag;
+  FTagHash = hash;
+  TagType = type;
+  FPreserveSpace = preserve;
+  return false;
+}
+
 void THtXMLNode::SetXML(const hstring& XML) {
   TNodePoolScope pool;
-  // The direct reader builds nodes of this class only: a subclass may have
-  // its own Parse.
-  if (typeid(*this) == typeid(THtXMLNode)) {
-    hstring tag = FTag;
-    int32_t hash = FTagHash;
-    THTMLTokenType type = TagType;
-    bool preserve = FPreserveSpace;
-    ClearNode();
-    FContent.clear();
-    FProcessingInstructions.reset();
-    if (detail::ReadXMLFast(*this, XML))
-      return;
-    FTag = tag;
-    FTagHash = hash;
-    TagType = type;
-    FPreserveSpace = preserve;
-  }
+  if (ReadDirect(&XML, {}))
+    return;
   ClearNode();
   FContent.clear();
   FProcessingInstructions.reset();
@@ -134,6 +139,15 @@ void THtXMLNode::SetXML(const hstring& XML) {
       check_declaration(hp);
     }
   }
+}
+
+void THtXMLNode::SetUTF8XML(std::string_view UTF8) {
+  {
+    TNodePoolScope pool;
+    if (ReadDirect(nullptr, UTF8))
+      return;
+  }
+  SetXML(Utf8ToHString(UTF8));
 }
 
 // Steps 1 and 2 for one element: tag, attributes, xml:space. False when

@@ -1,4 +1,4 @@
-// The direct XML reader behind THtXMLNode::SetXML.
+// The direct XML reader behind THtXMLNode::SetXML and SetUTF8XML.
 //
 // It reads the text in one pass without tokens or items and builds the nodes
 // as it goes: names are interned once per parse together with their tag hash
@@ -8,10 +8,22 @@
 // comment between attributes, "<div <p>", a close tag that does not match,
 // charset meta tags, unknown numeric references) it gives up and SetXML
 // parses again through the item reader, which also raises the errors.
+//
+// One reader serves both UTF-16 text and UTF-8 bytes (TReader<char8_t>).
+// On freedesktop.org.xml (2.3 MB) decoding the whole input to UTF-16 first
+// cost 8.5 M of 112 M instructions and doubled the input in memory at the
+// parse's peak; the byte reader decodes only what the tree keeps (names,
+// values, texts), each straight from the source. Markup is ASCII: a byte
+// from 0x80 up in a name, or in a reference whose width in units the byte
+// count does not tell, makes the byte reader give up, and the caller reads
+// the decoded text; so does a UTF-8 declaration whose re-decoding test
+// (made on the bytes as the item reader makes it on the units) would change
+// the text.
 #include "document/html_char_classes.h"
 #include "document/unit_scan.h"
 #include "document/utf8_check.h"
 #include "document/xml_reader_internal.h"
+#include "foundation/utf8_decode.h"
 #include "foundation/code_point.h"
 #include "htcore/document/entities.h"
 #include "htcore/document/html_parser.h"
@@ -37,10 +49,12 @@ struct TGiveUp {};
 
 [[noreturn]] void give_up() { throw TGiveUp(); }
 
-inline int tag_class(char16_t c) { return c < 256 ? g_html_char_class[1][c] : 0; }
+template <class U> inline int tag_class(U c) { return c < 256 ? g_html_char_class[1][c] : 0; }
+// A byte from 0x80 up is part of a sequence: never a blank, quote or mark.
+template <> inline int tag_class(char8_t c) { return c < 128 ? g_html_char_class[1][c] : 0; }
 
-inline bool is_blank_text(sv s) {
-  for (char16_t c : s)
+template <class U> inline bool is_blank_text(std::basic_string_view<U> s) {
+  for (U c : s)
     if (c > u' ')
       return false;
   return true;
@@ -55,34 +69,49 @@ bool equals_ignore_case(sv s, sv lower) {
   return true;
 }
 
-// "</head>" in any case. Only "</h" can start it: eight positions at a time
-// test for that, and only a hit compares the rest.
-const char16_t* find_head_end(const char16_t* p, const char16_t* end) {
+// "</head>" in any case. Only "</h" can start it: a vector of positions at a
+// time tests for that, and only a hit compares the rest. No unit beyond ASCII
+// lowers to one of its letters, so bytes compare as units do.
+template <class U> const U* find_head_end(const U* p, const U* end) {
   static constexpr sv kLower = u"</head>";
   if (end - p < static_cast<ptrdiff_t>(kLower.size()))
     return nullptr;
-  const char16_t* last = end - kLower.size() + 1;
-  auto match = [](const char16_t* q) {
+  const U* last = end - kLower.size() + 1;
+  auto match = [](const U* q) {
     size_t i = 0;
-    while (i < kLower.size() && CharLower(q[i]) == kLower[i])
+    while (i < kLower.size() && CharLower(static_cast<char16_t>(q[i])) == kLower[i])
       ++i;
     return i == kLower.size();
   };
 #ifdef __SSE2__
-  const __m128i lt = _mm_set1_epi16(u'<'), slash = _mm_set1_epi16(u'/'), h = _mm_set1_epi16(u'h'),
-                caps = _mm_set1_epi16(0x20);
-  // Loads reach p + 9 < p + kLower.size() + 8 <= end.
-  for (; last - p >= 8; p += 8) {
-    __m128i a = _mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)), lt);
-    __m128i b = _mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 1)), slash);
-    __m128i c = _mm_cmpeq_epi16(_mm_or_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 2)), caps), h);
+  constexpr ptrdiff_t kStep = 16 / sizeof(U);
+  auto load = [](const U* q) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(q)); };
+  auto eq = [](__m128i a, __m128i b) {
+    if constexpr (sizeof(U) == 1)
+      return _mm_cmpeq_epi8(a, b);
+    else
+      return _mm_cmpeq_epi16(a, b);
+  };
+  auto splat = [](char16_t c) {
+    if constexpr (sizeof(U) == 1)
+      return _mm_set1_epi8(static_cast<char>(c));
+    else
+      return _mm_set1_epi16(static_cast<short>(c));
+  };
+  const __m128i lt = splat(u'<'), slash = splat(u'/'), h = splat(u'h'), caps = splat(0x20);
+  // Loads reach p + 2 + kStep < p + kLower.size() + kStep <= end.
+  for (; last - p >= kStep; p += kStep) {
+    __m128i a = eq(load(p), lt);
+    __m128i b = eq(load(p + 1), slash);
+    __m128i c = eq(_mm_or_si128(load(p + 2), caps), h);
     unsigned m = static_cast<unsigned>(_mm_movemask_epi8(_mm_and_si128(_mm_and_si128(a, b), c)));
     while (m) {
-      const char16_t* q = p + (__builtin_ctz(m) >> 1);
+      const U* q = p + (__builtin_ctz(m) / sizeof(U));
       if (match(q))
         return q;
       m &= m - 1;
-      m &= m - 1; // both bytes of the unit
+      if constexpr (sizeof(U) == 2)
+        m &= m - 1; // both bytes of the unit
     }
   }
 #endif
@@ -95,55 +124,129 @@ const char16_t* find_head_end(const char16_t* p, const char16_t* end) {
 // IsUTF8 of the item reader without narrowing the whole rest first: its
 // byte test reads left to right and mostly decides within the first few
 // non-ASCII units, so the text is narrowed in slices as the test goes.
-bool is_narrow_utf8(const char16_t* p, const char16_t* end) {
-  const char16_t* e = FindUnit(p, end, 0);
-  int cp = HtGetSystemCodePage();
-  std::string buf; // bytes not yet judged
-  bool seen = false;
-  while (true) {
-    const char16_t* q = e - p > 4096 ? p + 4096 : e;
-    if (q < e && *(q - 1) >= 0xD800 && *(q - 1) < 0xDC00)
-      ++q; // keep a pair together: the narrowing writes one byte for it
-    buf += HtUnicodeToCodePage(sv(p, static_cast<size_t>(q - p)), cp).view();
-    p = q;
-    bool last = p >= e;
-    const auto* b = reinterpret_cast<const uint8_t*>(buf.data());
-    size_t n = buf.size(), i = 0;
-    bool cut = false;
-    while (i < n && !cut) {
+class TNarrowTest {
+public:
+  // -1: not decided yet, feed the next slice.
+  int Feed(sv units, bool last) {
+    FBuf += HtUnicodeToCodePage(units, FCodePage).view();
+    const auto* b = reinterpret_cast<const uint8_t*>(FBuf.data());
+    size_t n = FBuf.size(), i = 0;
+    while (i < n) {
       if (b[i] < 0x80) {
         ++i;
         continue;
       }
       switch (Utf8CheckStep(b, n, i)) {
       case TUtf8Step::Ok:
-        seen = true;
+        FSeen = true;
         break;
       case TUtf8Step::Bad:
-        return false;
+        return 0;
       case TUtf8Step::Stop:
-        return seen;
+        return FSeen;
       case TUtf8Step::Cut:
         if (last)
-          return seen;
-        cut = true; // the sequence goes on in the next slice
-        break;
+          return FSeen;
+        FBuf.erase(0, i); // the sequence goes on in the next slice
+        return -1;
       }
     }
     if (last)
-      return seen;
-    buf.erase(0, i);
+      return FSeen;
+    FBuf.clear();
+    return -1;
+  }
+
+private:
+  int FCodePage = HtGetSystemCodePage();
+  std::string FBuf; // bytes not yet judged
+  bool FSeen = false;
+};
+
+bool is_narrow_utf8(const char16_t* p, const char16_t* end) {
+  const char16_t* e = FindUnit(p, end, 0);
+  TNarrowTest test;
+  for (;;) {
+    const char16_t* q = e - p > 4096 ? p + 4096 : e;
+    if (q < e && *(q - 1) >= 0xD800 && *(q - 1) < 0xDC00)
+      ++q; // keep a pair together: the narrowing writes one byte for it
+    int r = test.Feed(sv(p, static_cast<size_t>(q - p)), q >= e);
+    p = q;
+    if (r >= 0)
+      return r;
   }
 }
 
+// The same test on the units the bytes decode to, decoded a slice at a time.
+bool is_narrow_utf8(const char8_t* p, const char8_t* end) {
+  const void* nul = std::memchr(p, 0, static_cast<size_t>(end - p));
+  const char8_t* e = nul ? static_cast<const char8_t*>(nul) : end;
+  TNarrowTest test;
+  std::u16string units;
+  for (;;) {
+    const char8_t* q = e - p > 4096 ? p + 4096 : e;
+    while (q < e && (*q & 0xC0) == 0x80)
+      ++q; // a sequence stays in one slice
+    units.resize(static_cast<size_t>(q - p));
+    char16_t* d = DecodeUtf8(reinterpret_cast<const uint8_t*>(p), reinterpret_cast<const uint8_t*>(q), units.data());
+    int r = test.Feed(sv(units.data(), static_cast<size_t>(d - units.data())), q >= e);
+    p = q;
+    if (r >= 0)
+      return r;
+  }
+}
+
+// MayBeNarrowUtf8 for the units the bytes decode to, or more: a lead unit
+// U+00C2..U+00F4 is C3 82..C3 B4, and a follower the test counts is never
+// ASCII.
+bool may_be_narrow_utf8(const char8_t* p, const char8_t* end) {
+  int cp = HtGetSystemCodePage();
+  if (cp != 1252 && cp != 28591)
+    return true;
+  while (end - p >= 3) {
+    const void* hit = std::memchr(p, 0xC3, static_cast<size_t>(end - p - 2));
+    if (!hit)
+      return false;
+    p = static_cast<const char8_t*>(hit);
+    if (p[1] >= 0x82 && p[1] <= 0xB4 && p[2] >= 0x80)
+      return true;
+    ++p;
+  }
+  return false;
+}
+
+// An invalid code point takes two blanks, as in AppendCodePoint.
+void append_code_point(std::u8string& buf, uint32_t c) {
+  if (c >= 0x110000 || (c >= 0xD800 && c <= 0xDFFF)) {
+    buf += u8"  ";
+  } else if (c < 0x80) {
+    buf += static_cast<char8_t>(c);
+  } else if (c < 0x800) {
+    buf += static_cast<char8_t>(0xC0 | (c >> 6));
+    buf += static_cast<char8_t>(0x80 | (c & 0x3F));
+  } else if (c < 0x10000) {
+    buf += static_cast<char8_t>(0xE0 | (c >> 12));
+    buf += static_cast<char8_t>(0x80 | ((c >> 6) & 0x3F));
+    buf += static_cast<char8_t>(0x80 | (c & 0x3F));
+  } else {
+    buf += static_cast<char8_t>(0xF0 | (c >> 18));
+    buf += static_cast<char8_t>(0x80 | ((c >> 12) & 0x3F));
+    buf += static_cast<char8_t>(0x80 | ((c >> 6) & 0x3F));
+    buf += static_cast<char8_t>(0x80 | (c & 0x3F));
+  }
+}
+
+void append_code_point(std::u16string& buf, uint32_t c) { AppendCodePoint(buf, c); }
+
 enum TItemKind { ikText, ikOpen, ikClose, ikComment, ikCData, ikCustom, ikDirective };
 
-class TReader {
+// U is char16_t for UTF-16 text, char8_t for UTF-8 bytes.
+template <class U> class TReader {
 public:
-  TReader(THtXMLNode& ANode, const hstring& XML) : FNode(ANode), FText(XML) {
-    p = FText.c_str();
-    end = p + FText.size();
-  }
+  using usv = std::basic_string_view<U>;
+  static constexpr bool kBytes = sizeof(U) == 1;
+
+  TReader(THtXMLNode& ANode, const U* text, size_t n) : FNode(ANode), p(text), end(text + n) {}
 
   TReader(const TReader&) = delete;
   TReader& operator=(const TReader&) = delete;
@@ -159,7 +262,7 @@ private:
   void ReadCloseTag();
   void ReadAttribute();
   // Text from p up to `stop` or the end, references decoded, into FValue.
-  void ReadEncoded(char16_t stop);
+  void ReadEncoded(U stop);
   uint32_t Escape();
   void ReadComment();
   void ReadCData();
@@ -167,27 +270,64 @@ private:
   void ReadDirective();
   void CheckDeclaration();
   void Walk(THtXMLNode*& cur);
+  const U* ScanIdent(const U* q);
+
+  // The unit at q, or 0 at the end (the terminator of a UTF-16 text).
+  U At(const U* q) const { return q < end ? *q : 0; }
+  // Bytes of markup the UTF-16 reader steps over by count must be ASCII.
+  void NeedAscii(const U* q, ptrdiff_t n) const {
+    if constexpr (kBytes)
+      for (; n > 0 && q < end; --n, ++q)
+        if (*q >= 0x80)
+          give_up();
+  }
+
+  // A block the text ends in loses its last two units as if they were its
+  // end mark: bytes count them only when they are ASCII.
+  void UnitsAtEnd(const U* start) const {
+    const U* from = end - start > 2 ? end - 2 : start;
+    NeedAscii(from, end - from);
+  }
+
+  // The UTF-16 units of v: v itself, or the decoded bytes in FWide.
+  sv Units(usv v) {
+    if constexpr (kBytes) {
+      if (FWide.size() < v.size())
+        FWide.resize(v.size() < 256 ? 256 : v.size() * 2);
+      auto* b = reinterpret_cast<const uint8_t*>(v.data());
+      char16_t* d = DecodeUtf8(b, b + v.size(), FWide.data());
+      return sv(FWide.data(), static_cast<size_t>(d - FWide.data()));
+    } else {
+      return v;
+    }
+  }
+  hstring Keep(usv v) { return hstring::ForTree(Units(v)); }
+  int Intern(const U* b, const U* e) {
+    sv name = Units(usv(b, static_cast<size_t>(e - b)));
+    return FNames.Intern(name.data(), name.size());
+  }
 
   TName& Tag() { return FNames.Names[static_cast<size_t>(FTag)]; }
   // Short attribute values and blank texts repeat a lot: one copy each.
   TTextCache FValues;
-  hstring MakeText(sv v) { return FValues.Get(v); }
+  hstring MakeText(usv v) { return FValues.Get(Units(v)); }
   void OpenElement(THtXMLNode* n);
   THtXMLNode* NewChild(THtXMLNode* parent, int name);
 
   THtXMLNode& FNode;
-  hstring FText; // the text being read; replaced when a declaration re-decodes it
-  const char16_t* p;
-  const char16_t* end;
+  hstring FText; // a UTF-16 text re-decoded after its declaration
+  const U* p;
+  const U* end;
   bool FUtf8 = false; // the re-decoding test was made
 
   TItemKind FKind = ikText;
   int FTag = -1;
-  sv FValue; // text of a text item or a block; points into the source or FBuffer
-  sv FCloseName;
+  usv FValue; // text of a text item or a block; points into the source or FBuffer
+  usv FCloseName;
   bool FClosed = false;
   THtAttributeBatch FScratch; // attributes of the current element start
-  std::u16string FBuffer;
+  std::basic_string<U> FBuffer;
+  std::u16string FWide; // decoded bytes on their way into the tree
 
   TNameTable FNames;
   int FSpaceName = FNames.Intern(u"xml:space", 9);
@@ -208,7 +348,7 @@ private:
     std::u16string& b = FPending[FDepth];
     if (!b.empty()) {
       if (n->FContent.empty())
-        n->FContent = MakeText(b);
+        n->FContent = FValues.Get(b);
       else
         n->FContent += sv(b);
     }
@@ -218,7 +358,7 @@ private:
   THtNodeClass FTextClass = nullptr;
 };
 
-bool TReader::NextItem() {
+template <class U> bool TReader<U>::NextItem() {
   FScratch.Clear();
   FSpaceSeen = false;
   if (p >= end)
@@ -227,11 +367,11 @@ bool TReader::NextItem() {
     ReadText();
     return true;
   }
-  char16_t c1 = p[1];
+  U c1 = At(p + 1);
   if (c1 == u'!') {
-    if (p[2] == u'-')
+    if (At(p + 2) == u'-')
       ReadComment();
-    else if (p[2] == u'[' && p[3] == u'C' && p[4] == u'D' && p[5] == u'A')
+    else if (At(p + 2) == u'[' && At(p + 3) == u'C' && At(p + 4) == u'D' && At(p + 5) == u'A')
       ReadCData();
     else
       ReadCustom();
@@ -254,27 +394,41 @@ bool TReader::NextItem() {
   return FKind == ikOpen;
 }
 
-void TReader::ReadText() {
+template <class U> void TReader<U>::ReadText() {
   ReadEncoded(u'<');
   FKind = ikText;
 }
 
-void TReader::ReadEncoded(char16_t stop) {
-  const char16_t* b = p;
-  const char16_t* q = p;
+template <class U> void TReader<U>::ReadEncoded(U stop) {
+  const U* b = p;
+  const U* q = p;
 #ifdef __SSE2__
   // Most texts and values have neither a reference nor an early stop: find
-  // the first of the two eight units at a time.
-  const __m128i vs = _mm_set1_epi16(static_cast<short>(stop)), va = _mm_set1_epi16(u'&');
-  while (end - q >= 8) {
-    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
-    unsigned m = static_cast<unsigned>(
-        _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi16(v, vs), _mm_cmpeq_epi16(v, va))));
-    if (m) {
-      q += __builtin_ctz(m) >> 1;
-      goto found;
+  // the first of the two a vector at a time.
+  if constexpr (kBytes) {
+    const __m128i vs = _mm_set1_epi8(static_cast<char>(stop)), va = _mm_set1_epi8('&');
+    while (end - q >= 16) {
+      __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
+      unsigned m =
+          static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(v, vs), _mm_cmpeq_epi8(v, va))));
+      if (m) {
+        q += __builtin_ctz(m);
+        goto found;
+      }
+      q += 16;
     }
-    q += 8;
+  } else {
+    const __m128i vs = _mm_set1_epi16(static_cast<short>(stop)), va = _mm_set1_epi16(u'&');
+    while (end - q >= 8) {
+      __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
+      unsigned m = static_cast<unsigned>(
+          _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi16(v, vs), _mm_cmpeq_epi16(v, va))));
+      if (m) {
+        q += __builtin_ctz(m) >> 1;
+        goto found;
+      }
+      q += 8;
+    }
   }
 #endif
   while (q < end && *q != stop && *q != u'&')
@@ -284,7 +438,7 @@ found:
 #endif
   if (q >= end || *q == stop) {
     p = q;
-    FValue = sv(b, static_cast<size_t>(q - b));
+    FValue = usv(b, static_cast<size_t>(q - b));
     return;
   }
   FBuffer.assign(b, static_cast<size_t>(q - b));
@@ -292,26 +446,29 @@ found:
   while (p < end && *p != stop) {
     if (*p == u'&') {
       ++p;
-      detail::AppendCodePoint(FBuffer, Escape());
+      append_code_point(FBuffer, Escape());
       continue;
     }
-    const char16_t* r = p;
+    const U* r = p;
     while (r < end && *r != stop && *r != u'&')
       ++r;
     FBuffer.append(p, static_cast<size_t>(r - p));
     p = r;
   }
-  FValue = sv(FBuffer);
+  FValue = usv(FBuffer);
 }
 
 // The item reader's reference rules, down to its shortcuts.
-uint32_t TReader::Escape() {
-  const char16_t* q = p;
-  auto at = [&](ptrdiff_t i) -> char16_t { return end - q > i ? q[i] : 0; };
-  auto skip = [&](ptrdiff_t n) { p = end - p > n ? p + n : end; };
-  char16_t c0 = at(0);
+template <class U> uint32_t TReader<U>::Escape() {
+  const U* q = p;
+  auto at = [&](ptrdiff_t i) -> U { return end - q > i ? q[i] : 0; };
+  auto skip = [&](ptrdiff_t n) {
+    NeedAscii(p, n);
+    p = end - p > n ? p + n : end;
+  };
+  U c0 = at(0);
   if (c0 != u'#') {
-    char16_t c1 = at(1), c2 = at(2);
+    U c1 = at(1), c2 = at(2);
     if (c1 == u't' && c2 == u';' && (c0 == u'l' || c0 == u'g')) {
       skip(3);
       return c0 == u'l' ? u'<' : u'>';
@@ -329,23 +486,25 @@ uint32_t TReader::Escape() {
       return 0xA0;
     }
   }
-  const char16_t* stop = q;
+  const U* stop = q;
   for (int n = 0; stop < end && *stop != 0 && *stop != u';' && *stop != u' ' && n < 25; ++n)
     ++stop;
+  // The 25 units are fewer bytes when a byte is not ASCII.
+  NeedAscii(q, stop - q);
   bool semicolon = stop < end && *stop == u';';
   if (c0 == u'#') {
     // Only the plain forms "&#65;" and "&#x41;"; the number reader's
     // leniencies are left to the item reader.
     if (!semicolon)
       give_up();
-    const char16_t* d = q + 1;
+    const U* d = q + 1;
     uint64_t v = 0;
     if (*d == u'x') {
       ++d;
       if (stop - d < 1 || stop - d > 8)
         give_up();
       for (; d < stop; ++d) {
-        char16_t c = *d;
+        U c = *d;
         int h = c >= u'0' && c <= u'9'   ? c - u'0'
                 : c >= u'a' && c <= u'f' ? c - u'a' + 10
                 : c >= u'A' && c <= u'F' ? c - u'A' + 10
@@ -368,7 +527,8 @@ uint32_t TReader::Escape() {
   }
   if (!semicolon)
     return u'&';
-  uint32_t code = FindEntity(q, static_cast<int>(stop - q));
+  sv name = Units(usv(q, static_cast<size_t>(stop - q)));
+  uint32_t code = FindEntity(name.data(), static_cast<int>(name.size()));
   p = code ? stop : q;
   // One unit goes in both cases, as in the item reader.
   if (p < end)
@@ -376,49 +536,56 @@ uint32_t TReader::Escape() {
   return code ? code : u'&';
 }
 
-void TReader::ReadComment() {
+template <class U> void TReader<U>::ReadComment() {
   if (end - p < 4)
     give_up();
+  NeedAscii(p + 3, 1);
   p += 4;
-  const char16_t* start = p;
-  sv rest(start, static_cast<size_t>(end - start));
-  size_t at = rest.find(u"-->");
-  const char16_t* stop = at == sv::npos ? end : start + at + 2;
-  const char16_t* e = stop - start >= 2 ? stop - 2 : start;
-  FValue = sv(start, static_cast<size_t>(e - start));
+  const U* start = p;
+  usv rest(start, static_cast<size_t>(end - start));
+  static constexpr U kEnd[] = {u'-', u'-', u'>'};
+  size_t at = rest.find(usv(kEnd, 3));
+  const U* stop = at == usv::npos ? end : start + at + 2;
+  if (at == usv::npos)
+    UnitsAtEnd(start);
+  const U* e = stop - start >= 2 ? stop - 2 : start;
+  FValue = usv(start, static_cast<size_t>(e - start));
   FKind = ikComment;
   p = stop < end ? stop + 1 : end;
 }
 
-void TReader::ReadCData() {
+template <class U> void TReader<U>::ReadCData() {
   if (end - p < 9)
     give_up();
+  NeedAscii(p + 6, 3);
   p += 9;
-  const char16_t* start = p;
-  const char16_t* stop = end;
-  for (const char16_t* q = start; q < end;) {
+  const U* start = p;
+  const U* stop = end;
+  for (const U* q = start; q < end;) {
     if (*q != u']') {
       ++q;
       continue;
     }
-    if (q[1] == u']' && q[2] == u'>') {
+    if (At(q + 1) == u']' && At(q + 2) == u'>') {
       stop = q + 2;
       break;
     }
     q = end - q > 2 ? q + 2 : end;
   }
-  const char16_t* e = stop - start >= 2 ? stop - 2 : start;
-  FValue = sv(start, static_cast<size_t>(e - start));
+  if (stop == end)
+    UnitsAtEnd(start);
+  const U* e = stop - start >= 2 ? stop - 2 : start;
+  FValue = usv(start, static_cast<size_t>(e - start));
   FKind = ikCData;
   p = stop < end ? stop + 1 : end;
 }
 
-void TReader::ReadCustom() {
+template <class U> void TReader<U>::ReadCustom() {
   p += 2;
-  const char16_t* start = p;
+  const U* start = p;
   bool quote = false, bracket = false;
   for (; p < end; ++p) {
-    char16_t c = *p;
+    U c = *p;
     if (c == u'"')
       quote = !quote;
     else if (c == u'[' && !quote)
@@ -430,18 +597,18 @@ void TReader::ReadCustom() {
   }
   if (p == start)
     give_up(); // "<!>" repeats the previous item in the item reader
-  FValue = sv(start, static_cast<size_t>(p - start));
+  FValue = usv(start, static_cast<size_t>(p - start));
   FKind = ikCustom;
   if (p < end)
     ++p;
 }
 
-void TReader::ReadDirective() {
+template <class U> void TReader<U>::ReadDirective() {
   p += 2;
-  const char16_t* start = p;
-  while (p < end && *p != 0 && *p != u'>' && !(*p == u'?' && p[1] == u'>'))
+  const U* start = p;
+  while (p < end && *p != 0 && *p != u'>' && !(*p == u'?' && At(p + 1) == u'>'))
     ++p;
-  FValue = sv(start, static_cast<size_t>(p - start));
+  FValue = usv(start, static_cast<size_t>(p - start));
   FKind = ikDirective;
   if (p < end)
     p += *p == u'?' ? 2 : 1;
@@ -449,13 +616,24 @@ void TReader::ReadDirective() {
 
 // An attribute name, an unquoted value or a name that starts beyond ASCII:
 // runs to a blank, quote, '<', '>', '=', "/>" or NUL.
-inline const char16_t* scan_ident(const char16_t* q) {
+template <class U> const U* TReader<U>::ScanIdent(const U* q) {
+  if constexpr (kBytes)
+    if (*q >= 0x80)
+      give_up(); // names beyond ASCII are read from the decoded text
   for (++q;; ++q) {
-    char16_t c = *q;
-    if (c >= 256 || (c >= u'a' && c <= u'z'))
+    if (q >= end)
+      return q;
+    U c = *q;
+    if constexpr (kBytes) {
+      if (c >= 0x80)
+        give_up();
+    } else if (c >= 256) {
+      continue;
+    }
+    if (c >= u'a' && c <= u'z')
       continue;
     if (c == u'/') {
-      if (q[1] == u'>')
+      if (At(q + 1) == u'>')
         return q;
     } else if (c == 0 || tag_class(c) >= 2) {
       return q;
@@ -464,28 +642,32 @@ inline const char16_t* scan_ident(const char16_t* q) {
 }
 
 // p stands behind '<' on the first unit of the name.
-void TReader::ReadTag() {
-  const char16_t* b = p;
+template <class U> void TReader<U>::ReadTag() {
+  const U* b = p;
   if (tag_class(*b) == 1) {
     for (++p;;) {
-      char16_t c = *p;
-      if (c >= 65 || tag_class(c) == 1)
+      U c = At(p);
+      if (c >= 65 || tag_class(c) == 1) {
+        if constexpr (kBytes)
+          if (c >= 0x80)
+            give_up();
         ++p;
-      else if (c == u'/' && p[1] != u'>')
+      } else if (c == u'/' && At(p + 1) != u'>') {
         ++p;
-      else
+      } else {
         break;
+      }
     }
   } else {
-    p = scan_ident(b);
+    p = ScanIdent(b);
   }
-  FTag = FNames.Intern(b, static_cast<size_t>(p - b));
+  FTag = Intern(b, p);
   FClosed = false;
   FKind = ikText; // until the '>' is seen
   for (;;) {
     if (p >= end)
       return;
-    char16_t c = *p;
+    U c = *p;
     switch (tag_class(c)) {
     case 2:
       while (p < end && *p <= u' ')
@@ -515,10 +697,10 @@ void TReader::ReadTag() {
   }
 }
 
-void TReader::ReadAttribute() {
-  const char16_t* b = p;
-  p = scan_ident(b);
-  int k = FNames.Intern(b, static_cast<size_t>(p - b));
+template <class U> void TReader<U>::ReadAttribute() {
+  const U* b = p;
+  p = ScanIdent(b);
+  int k = Intern(b, p);
   FSpaceSeen = FSpaceSeen || k == FSpaceName;
   const hstring& name = FNames.Names[static_cast<size_t>(k)].Name;
   auto skip_blanks = [&] {
@@ -538,7 +720,7 @@ void TReader::ReadAttribute() {
   skip_blanks();
   if (p >= end || (*p != u'"' && *p != u'\''))
     give_up(); // "Attribute %s value expected"
-  char16_t quote = *p++;
+  U quote = *p++;
   ReadEncoded(quote);
   if (p < end)
     ++p;
@@ -547,17 +729,17 @@ void TReader::ReadAttribute() {
 }
 
 // p stands behind "</".
-void TReader::ReadCloseTag() {
+template <class U> void TReader<U>::ReadCloseTag() {
   FKind = ikText;
   if (p >= end)
     return;
-  char16_t c = *p;
+  U c = *p;
   int k = tag_class(c);
   if (!(k == 1 || (k == 0 && c >= u' ')))
     give_up();
-  const char16_t* b = p;
-  p = scan_ident(b);
-  FCloseName = sv(b, static_cast<size_t>(p - b));
+  const U* b = p;
+  p = ScanIdent(b);
+  FCloseName = usv(b, static_cast<size_t>(p - b));
   for (;;) {
     if (p >= end)
       return;
@@ -575,20 +757,31 @@ void TReader::ReadCloseTag() {
 
 // A UTF-8 declaration may have the rest of the text re-decoded, exactly as
 // the item reader does it.
-void TReader::CheckDeclaration() {
-  if (FUtf8 || !DeclaresUtf8(FValue) || !MayBeNarrowUtf8(p, end))
+template <class U> void TReader<U>::CheckDeclaration() {
+  if (FUtf8 || !DeclaresUtf8(Units(FValue)))
     return;
-  FUtf8 = true;
-  const char16_t* test = find_head_end(p, end);
-  if (is_narrow_utf8(test ? test : p, end)) {
-    RawByteString bytes = HtUnicodeToCodePage(sv(p, static_cast<size_t>(end - p)), HtGetSystemCodePage());
-    FText = Utf8ToHString(bytes.view());
-    p = FText.c_str();
-    end = p + FText.size();
+  if constexpr (kBytes) {
+    if (!may_be_narrow_utf8(p, end))
+      return;
+    FUtf8 = true;
+    const U* test = find_head_end(p, end);
+    if (is_narrow_utf8(test ? test : p, end))
+      give_up(); // the decoded text is read again as the code page's bytes
+  } else {
+    if (!MayBeNarrowUtf8(p, end))
+      return;
+    FUtf8 = true;
+    const U* test = find_head_end(p, end);
+    if (is_narrow_utf8(test ? test : p, end)) {
+      RawByteString bytes = HtUnicodeToCodePage(sv(p, static_cast<size_t>(end - p)), HtGetSystemCodePage());
+      FText = Utf8ToHString(bytes.view());
+      p = FText.c_str();
+      end = p + FText.size();
+    }
   }
 }
 
-void TReader::OpenElement(THtXMLNode* n) {
+template <class U> void TReader<U>::OpenElement(THtXMLNode* n) {
   const TName& t = Tag();
   if (n->FTag.Pointer() != t.Name.Pointer()) {
     n->FTag = t.Name;
@@ -608,7 +801,7 @@ void TReader::OpenElement(THtXMLNode* n) {
 }
 
 // A node of the class the root chooses for the name (-1: no tag), appended.
-THtXMLNode* TReader::NewChild(THtXMLNode* parent, int name) {
+template <class U> THtXMLNode* TReader<U>::NewChild(THtXMLNode* parent, int name) {
   static const hstring kNoTag;
   THtNodeClass* cls = &FTextClass;
   const hstring* tag = &kNoTag;
@@ -640,21 +833,31 @@ THtXMLNode* TReader::NewChild(THtXMLNode* parent, int name) {
   return x;
 }
 
-void TReader::Run() {
+template <class U> void TReader<U>::Run() {
   EnsureStarted();
-  // The item reader's start: a UTF-8 mark read through code page 1251, or a
-  // UTF-16 one.
-  size_t n = FText.size();
-  if (n > 3 && p[0] == 0x043F && p[1] == 0x00BB && p[2] == 0x0457)
-    give_up();
-  if (n > 1 && p[0] == 0xFEFF)
-    ++p;
+  size_t n = static_cast<size_t>(end - p);
+  if constexpr (kBytes) {
+    // The marks below in their UTF-8 form; the decoded text has them as
+    // units. A text of the mark alone keeps it as its first unit.
+    static constexpr char8_t kMark1251[] = {0xD0, 0xBF, 0xC2, 0xBB, 0xD1, 0x97};
+    if (n >= 6 && std::memcmp(p, kMark1251, 6) == 0)
+      give_up();
+    if (n > 3 && p[0] == 0xEF && p[1] == 0xBB && p[2] == 0xBF)
+      p += 3;
+  } else {
+    // The item reader's start: a UTF-8 mark read through code page 1251, or
+    // a UTF-16 one.
+    if (n > 3 && p[0] == 0x043F && p[1] == 0x00BB && p[2] == 0x0457)
+      give_up();
+    if (n > 1 && p[0] == 0xFEFF)
+      ++p;
+  }
   FRoot = FNode.Root();
   while (NextItem()) {
     if (FKind == ikOpen)
       break;
     if (FKind == ikDirective) {
-      FNode.AddProcessingInstruction(hstring(FValue));
+      FNode.AddProcessingInstruction(hstring(Units(FValue)));
       CheckDeclaration();
     }
   }
@@ -676,11 +879,23 @@ void TReader::Run() {
   }
 }
 
-void TReader::Walk(THtXMLNode*& cur) {
+// Whether a close tag's name is the element's tag.
+inline bool same_name(std::u16string_view a, const hstring& tag) { return a == tag.view(); }
+inline bool same_name(std::u8string_view a, const hstring& tag) {
+  if (a.size() != tag.size())
+    return false;
+  const char16_t* t = tag.c_str();
+  for (size_t i = 0; i < a.size(); ++i)
+    if (a[i] != t[i]) // names of the byte reader are ASCII
+      return false;
+  return true;
+}
+
+template <class U> void TReader<U>::Walk(THtXMLNode*& cur) {
   while (NextItem()) {
     switch (FKind) {
     case ikClose:
-      if (FCloseName != cur->FTag.view())
+      if (!same_name(FCloseName, cur->FTag))
         give_up(); // "Tag order error"
       if (cur == &FNode)
         return;
@@ -690,17 +905,17 @@ void TReader::Walk(THtXMLNode*& cur) {
       continue;
     case ikText:
       if (!cur->FPreserveSpace && is_blank_text(FValue)) {
-        FPending[FDepth] += FValue;
+        FPending[FDepth].append(FValue.begin(), FValue.end());
         continue;
       }
       if (FKids.Empty() && cur->FContent.empty() && FPending[FDepth].empty()) {
-        cur->FContent = hstring::ForTree(FValue);
+        cur->FContent = Keep(FValue);
         continue;
       }
       {
         THtXMLNode* t = NewChild(cur, -1);
         t->TagType = htString;
-        t->FContent = hstring::ForTree(FValue);
+        t->FContent = Keep(FValue);
       }
       continue;
     case ikOpen: {
@@ -721,7 +936,7 @@ void TReader::Walk(THtXMLNode*& cur) {
                        : FKind == ikCData  ? htCData
                        : FKind == ikCustom ? htCustom
                                            : htDirective;
-      child->FContent = hstring::ForTree(FValue);
+      child->FContent = Keep(FValue);
       if (FKind == ikDirective)
         CheckDeclaration();
       continue;
@@ -730,16 +945,22 @@ void TReader::Walk(THtXMLNode*& cur) {
   }
 }
 
-} // namespace
-
-bool ReadXMLFast(THtXMLNode& Node, const hstring& XML) {
-  TReader reader(Node, XML);
+template <class U> bool read(THtXMLNode& Node, const U* text, size_t n) {
+  TReader<U> reader(Node, text, n);
   try {
     reader.Run();
   } catch (const TGiveUp&) {
     return false;
   }
   return true;
+}
+
+} // namespace
+
+bool ReadXMLFast(THtXMLNode& Node, const hstring& XML) { return read(Node, XML.c_str(), XML.size()); }
+
+bool ReadXMLFast(THtXMLNode& Node, std::string_view UTF8) {
+  return read(Node, reinterpret_cast<const char8_t*>(UTF8.data()), UTF8.size());
 }
 
 } // namespace ht::detail

@@ -189,6 +189,8 @@ private:
 // read exactly as the item reader would. False when it met anything else;
 // Node is then in an undefined state and the caller parses again.
 bool ReadXMLFast(THtXMLNode& Node, const hstring& XML);
+// The same from UTF-8 bytes: the tree of SetXML on the text they decode to.
+bool ReadXMLFast(THtXMLNode& Node, std::string_view UTF8);
 
 // Builds Node, a new node, from JSON in the same way, for the input it
 // knows; false otherwise, with Node cleared again.

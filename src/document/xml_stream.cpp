@@ -21,37 +21,67 @@ hstring utf16_text(const uint8_t* p, size_t n) {
   return s;
 }
 
-} // namespace
+// Both marks: the units behind them are taken as they are, without swapping.
+bool utf16_marked(const uint8_t* p) { return (p[0] == 0xFF && p[1] == 0xFE) || (p[0] == 0xFE && p[1] == 0xFF); }
 
-hstring StreamtoText(TStream& AStream, THtmlEncoding AEncoding) {
+// A whole stream's bytes, and whether they are read as UTF-8 (from Skip on).
+struct TStreamBytes {
+  std::vector<uint8_t> Bytes;
+  bool Utf8 = false;
+  size_t Skip = 0;
+  std::string_view Utf8Text() const {
+    return std::string_view(reinterpret_cast<const char*>(Bytes.data()) + Skip, Bytes.size() - Skip);
+  }
+};
+
+TStreamBytes read_stream(TStream& AStream, THtmlEncoding AEncoding) {
   int64_t start = AStream.GetPosition();
   int64_t size = AStream.GetSize() - start;
   uint8_t head[3];
   if (size < 3 || AStream.Read(head, 3) < 3)
     throw EHtXML(std::string_view("Cannot load empty stream"));
-  std::vector<uint8_t> bytes(static_cast<size_t>(size));
-  std::memcpy(bytes.data(), head, 3);
-  AStream.ReadBuffer(bytes.data() + 3, size - 3);
-  const uint8_t* p = bytes.data();
-  size_t n = bytes.size();
+  TStreamBytes r;
+  r.Bytes.resize(static_cast<size_t>(size));
+  std::memcpy(r.Bytes.data(), head, 3);
+  AStream.ReadBuffer(r.Bytes.data() + 3, size - 3);
+  const uint8_t* p = r.Bytes.data();
   bool utf8_mark = p[0] == 0xEF && p[1] == 0xBB && p[2] == 0xBF;
   if (AEncoding == heUTF8 || utf8_mark) {
-    size_t skip = utf8_mark ? 3 : 0;
-    return Utf8ToHString(std::string_view(reinterpret_cast<const char*>(p) + skip, n - skip));
+    r.Utf8 = true;
+    r.Skip = utf8_mark ? 3 : 0;
+  } else if (!utf16_marked(p) && AEncoding != heUTF16 && p[0] != 0) {
+    r.Utf8 = IsUTF8Bytes(p, static_cast<int>(r.Bytes.size()));
   }
-  // Both marks: the units behind them are taken as they are, without swapping.
-  if ((p[0] == 0xFF && p[1] == 0xFE) || (p[0] == 0xFE && p[1] == 0xFF))
+  return r;
+}
+
+hstring decode(const TStreamBytes& r, THtmlEncoding AEncoding) {
+  if (r.Utf8)
+    return Utf8ToHString(r.Utf8Text());
+  const uint8_t* p = r.Bytes.data();
+  size_t n = r.Bytes.size();
+  if (utf16_marked(p))
     return utf16_text(p + 2, n - 2);
   if (AEncoding == heUTF16 || p[0] == 0)
     return utf16_text(p, n);
-  std::string_view narrow(reinterpret_cast<const char*>(p), n);
-  if (IsUTF8Bytes(p, static_cast<int>(n)))
-    return Utf8ToHString(narrow);
-  return HtCodePageToUnicode(narrow, CP_ACP);
+  return HtCodePageToUnicode(std::string_view(reinterpret_cast<const char*>(p), n), CP_ACP);
+}
+
+} // namespace
+
+hstring StreamtoText(TStream& AStream, THtmlEncoding AEncoding) {
+  return decode(read_stream(AStream, AEncoding), AEncoding);
 }
 
 void THtXMLNode::LoadFromStream(TStream& AStream, THtmlEncoding AEncoding, bool IsJSON) {
-  hstring text = StreamtoText(AStream, AEncoding);
+  TStreamBytes bytes = read_stream(AStream, AEncoding);
+  // UTF-8 XML is read from the bytes, without a decoded copy of the whole.
+  if (!IsJSON && bytes.Utf8) {
+    SetUTF8XML(bytes.Utf8Text());
+    return;
+  }
+  hstring text = decode(bytes, AEncoding);
+  bytes.Bytes = {};
   if (IsJSON)
     SetJSON(text);
   else

@@ -2,8 +2,11 @@
 // must give the same tree, the same processing instructions and the same
 // errors for any text. A subclass of THtXMLNode always takes the older
 // readers, so the pair of classes below compares the two paths.
+#include "document/xml_reader_internal.h"
 #include "htcore/document/xml_node.h"
 #include "htcore/foundation/codepage.h"
+#include "htcore/foundation/node_pool.h"
+#include "htcore/foundation/stream_types.h"
 
 #include <cstdint>
 #include <fstream>
@@ -74,6 +77,41 @@ void expect_same(const hstring& text, const std::string& label) {
   EXPECT_EQ(fast.tree, items.tree) << label;
   EXPECT_EQ(fast.code, items.code) << label;
   EXPECT_EQ(fast.pis, items.pis) << label;
+}
+
+// SetUTF8XML on bytes against the item reader on the text they decode to.
+TOutcome parse_bytes(std::string_view bytes) {
+  TOutcome r;
+  try {
+    THtXMLNode node;
+    node.SetUTF8XML(bytes);
+    dump(&node, r.tree);
+    r.code = node.Code().toUtf8();
+    if (const TStringList* pi = node.ProcessingInstructions())
+      for (int i = 0; i < pi->Count(); ++i)
+        r.pis += pi->Strings(i).toUtf8() + "|";
+  } catch (const EHtXML& e) {
+    r.error = "EHtXML: " + std::string(e.what());
+  } catch (const EHtParserError& e) {
+    r.error = "EHtParserError: " + std::string(e.what());
+  }
+  return r;
+}
+
+void expect_same_bytes(std::string_view bytes, const std::string& label) {
+  TOutcome fast = parse_bytes(bytes);
+  TOutcome items = parse<TItemReaderNode>(Utf8ToHString(bytes));
+  EXPECT_EQ(fast.error, items.error) << label;
+  EXPECT_EQ(fast.tree, items.tree) << label;
+  EXPECT_EQ(fast.code, items.code) << label;
+  EXPECT_EQ(fast.pis, items.pis) << label;
+}
+
+// Whether the direct reader takes the bytes without giving up.
+bool reads_bytes_directly(const std::string& bytes) {
+  THtXMLNode node;
+  TNodePoolScope pool;
+  return detail::ReadXMLFast(node, std::string_view(bytes));
 }
 
 template <class T> TOutcome parse_json(const hstring& text) {
@@ -164,8 +202,10 @@ TEST(XMLFastReader, TrickyTextsGiveTheSameTreeOrError) {
       "<a><a><a/></a></a>", "<r/><s/>", "<r></r>after", "<r>\xEF\xBB\xBF</r>", "\xEF\xBB\xBF<r/>",
       // control units and NULs
       "<a>\x01\x02</a>", "<a\x01/>", "<a \x01/>", "<a x='1'\x01/>", "<a>\x7F</a>"};
-  for (const char* t : kTexts)
+  for (const char* t : kTexts) {
     expect_same(hstring::FromUtf8(t), t);
+    expect_same_bytes(t, t);
+  }
   // Embedded NULs and lone surrogates come only from UTF-16 text.
   static const std::u16string kUnits[] = {
       std::u16string(u"<a>x\0y</a>", 10), std::u16string(u"<a\0/>", 5),
@@ -185,6 +225,8 @@ TEST(XMLFastReader, RealFilesGiveTheSameTree) {
     ++found;
     hstring text = Utf8ToHString(bytes);
     expect_same(text, f.path);
+    expect_same_bytes(bytes, f.path);
+    EXPECT_TRUE(reads_bytes_directly(bytes)) << f.path;
     // Written and read again, the file gives the same tree.
     THtXMLNode doc(text);
     hstring code = doc.Code();
@@ -237,8 +279,70 @@ TEST(XMLFastReader, MutatedTextsGiveTheSameTreeOrError) {
       }
       expect_same(HtCodePageToUnicode(t, 1252), t);
       expect_same(Utf8ToHString(t), t);
+      expect_same_bytes(t, t);
     }
   }
+}
+
+// What only bytes can hold: invalid sequences in kept texts and around
+// references, sequences cut by the end, markup beyond ASCII, a declaration
+// whose re-decoding test runs on bytes, and texts that do not end in NUL.
+TEST(XMLFastReader, BytesGiveTheTreeOfTheirDecodedText) {
+  static const struct {
+    const char* text;
+    bool direct; // the byte reader keeps it rather than giving up
+  } kCases[] = {
+      {"<a>caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80</a>", true},
+      {"<a x='\xC3\xA9\xC3'>\x80\xFF\xC0\xAF\xED\xA0\x80</a>", true},
+      {"<a>\xC3&amp;\xA9</a>", true},
+      {"<a>\xC3&#xE9;\xE2\x82&#x80;</a>", true},
+      {"<a>&#xD800;&#x110000;&#0;x</a>", true},
+      {"<a><!--\xC3\xA9--><![CDATA[\xE2\x82]]><?p \xC3\xA9?><!x \xC3\xA9></a>", true},
+      {"<a>\xE2\x82", true},
+      {"<a>\xC3", true},
+      {"\xEF\xBB\xBF<a>x</a>", true},
+      {"\xEF\xBB\xBF", true},
+      {"\xD0\xBF\xC2\xBB\xD1\x97<a/>", false},
+      {"<\xC3\xA9/>", false},
+      {"<a \xC3\xA9='1'/>", false},
+      {"<a>x</\xC3\xA9>", false},
+      {"<a>&nbs\xC3\xA9</a>", false},
+      {"<a>&quo\xC3\xA9x</a>", false},
+      {"<a>&x\xC3\xA9;</a>", false},
+      {"<a><!-\xC3\xA9></a>", false},
+      {"<a><![CDA\xC3\xA9xx]]></a>", false},
+      // Declarations: text the item reader re-decodes, and text it keeps.
+      {"<?xml version='1.0' encoding='utf-8'?><a>\xC3\x83\xC2\xA9</a>", false},
+      {"<?xml version='1.0' encoding='utf-8'?><a>caf\xC3\xA9 \xC3\xA9\xE2\x82\xAC</a>", true},
+      {"<?xml version='1.0' encoding='utf-8'?><a>\xC3\xA9\xC3\x83</a>", true},
+      {"<?xml version='1.0' encoding='UTF-8'?><a>\xC3\x83\xC2\xA9<!--</head>-->\xC3\xA9x</a>", true},
+      {"<a><!--x\xC3\xA9", false},
+      {"<a><![CDATA[x\xC3\xA9]", false},
+      {"<a><!--\xC3\xA9--", true},
+  };
+  for (const auto& c : kCases) {
+    std::string bytes = c.text;
+    expect_same_bytes(bytes, c.text);
+    EXPECT_EQ(reads_bytes_directly(bytes), c.direct) << c.text;
+    // No terminator behind the bytes: every cut of the text reads the same.
+    for (size_t n = 0; n < bytes.size(); ++n) {
+      std::vector<char> cut(bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(n));
+      expect_same_bytes(std::string_view(cut.data(), n), std::string(c.text) + " cut at " + std::to_string(n));
+    }
+  }
+}
+
+TEST(XMLFastReader, StreamsOfUTF8AreReadAsBytes) {
+  const std::string bytes = "\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-8'?><r a='\xC3\xA9'>x</r>";
+  TBytesStream s(TBytes(bytes.begin(), bytes.end()));
+  auto doc = THtXMLNode::CreateFromStream(s);
+  EXPECT_EQ(doc->GetAttribute(u"a"_hs), u"\u00E9");
+  EXPECT_EQ(doc->FContent, u"x");
+  // A subclass keeps its own reader.
+  TBytesStream s2(TBytes(bytes.begin(), bytes.end()));
+  TItemReaderNode sub;
+  sub.LoadFromStream(s2);
+  EXPECT_EQ(sub.Code(), doc->Code());
 }
 
 TEST(XMLFastReader, DeepNestingNeedsNoStack) {

@@ -9,6 +9,7 @@
 //   ht::THtXMLNode* item = doc.NodebyName(u"item"_hs);     // FContent "on"
 //   doc.XPathSet(u"server/@port"_hs, u"80"_hs);            // creates <server port="80"/>
 //   std::string xml = doc.UTF8Code(true).toUtf8();
+//   doc.SetUTF8XML(xml);                                   // the same tree from the bytes
 //
 //   auto js = ht::THtXMLNode::CreatefromJSON(u"{\"a\":1,\"b\":[1,2]}"_hs);
 //   js->GetAttribute(u"a"_hs);                              // "1"
@@ -63,6 +64,9 @@ public:
   // Replaces children and attributes by the parse of XML; the stand-in for a
   // virtual constructor, used to copy nodes of a subclass.
   virtual void SetXML(const hstring& XML);
+  // SetXML of the text UTF8 decodes to, read from the bytes without a
+  // decoded copy of the whole text (a subclass gets its own SetXML).
+  void SetUTF8XML(std::string_view UTF8);
   // Builds this node from the current item of HP (an element start) and the
   // items that follow, up to its end tag.
   virtual void Parse(THtmlParser& HP);
@@ -146,6 +150,9 @@ public:
 
 private:
   void ClearNode();
+  // The direct reader, of XML or else of the bytes UTF8; false when it gave
+  // up, with this node as before.
+  bool ReadDirect(const hstring* XML, std::string_view UTF8);
   // A node of the class ARoot chooses for ATag; NewChild also appends it.
   static THtXMLNode* MakeNode(THtNode* ARoot, const hstring& ATag);
   THtXMLNode* NewChild(THtNode* ARoot, const hstring& ATag);
