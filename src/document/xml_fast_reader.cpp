@@ -37,6 +37,7 @@
 #endif
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace ht::detail {
@@ -238,6 +239,115 @@ void append_code_point(std::u8string& buf, uint32_t c) {
 
 void append_code_point(std::u16string& buf, uint32_t c) { AppendCodePoint(buf, c); }
 
+// Widens the ASCII bytes in front of s into d; the count widened, n when
+// all are ASCII. Whole vectors go at a time: d has room for n units.
+inline size_t widen_ascii(const char8_t* s, size_t n, char16_t* d) {
+  size_t i = 0;
+#ifdef __SSE2__
+  const __m128i zero = _mm_setzero_si128();
+  for (; i + 16 <= n; i += 16) {
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+    if (_mm_movemask_epi8(v))
+      break;
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), _mm_unpacklo_epi8(v, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i + 8), _mm_unpackhi_epi8(v, zero));
+  }
+  if (i + 8 <= n) {
+    __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(s + i));
+    if (!(_mm_movemask_epi8(v) & 0xFF)) {
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), _mm_unpacklo_epi8(v, zero));
+      i += 8;
+    }
+  }
+#endif
+  for (; i < n && s[i] < 0x80; ++i)
+    d[i] = s[i];
+  return i;
+}
+
+// The names of a byte reader by their bytes, in front of the name table: a
+// name met again costs a hash of its bytes and one compare, no decoding.
+class TByteNames {
+public:
+  TByteNames() : FSlots(512) {}
+
+  // The index in Names of b..b+n, interned there on first sight.
+  int Find(TNameTable& Names, const char8_t* b, size_t n, char16_t* wide) {
+    uint64_t h = Hash(b, n);
+    size_t mask = FSlots.size() - 1;
+    for (size_t i = h & mask;; i = (i + 1) & mask) {
+      TSlot& s = FSlots[i];
+      if (!s.Bytes) {
+        widen_ascii(b, n, wide); // names of the byte reader are ASCII
+        s = TSlot{b, static_cast<uint32_t>(n), static_cast<uint32_t>(h), Names.Intern(wide, n)};
+        if (++FCount * 2 > FSlots.size())
+          Grow();
+        return s.Index;
+      }
+      if (s.Hash == static_cast<uint32_t>(h) && s.Length == n && same_bytes(s.Bytes, b, n))
+        return s.Index;
+    }
+  }
+
+private:
+  struct TSlot {
+    const char8_t* Bytes = nullptr; // the first occurrence, in the source
+    uint32_t Length = 0;
+    uint32_t Hash = 0;
+    int Index = 0;
+  };
+
+  // Names are short: a call to memcmp costs more than the compare.
+  static bool same_bytes(const char8_t* a, const char8_t* b, size_t n) {
+    size_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+      uint64_t x, y;
+      std::memcpy(&x, a + i, 8);
+      std::memcpy(&y, b + i, 8);
+      if (x != y)
+        return false;
+    }
+    for (; i < n; ++i)
+      if (a[i] != b[i])
+        return false;
+    return true;
+  }
+
+  static uint64_t Hash(const char8_t* p, size_t n) {
+    uint64_t h = 0x9E3779B97F4A7C15ull ^ n;
+    size_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+      uint64_t w;
+      std::memcpy(&w, p + i, 8);
+      h = (h ^ w) * 0xFF51AFD7ED558CCDull;
+      h ^= h >> 29;
+    }
+    uint64_t w = 0;
+    for (; i < n; ++i)
+      w = (w << 8) | p[i];
+    h = (h ^ w) * 0xFF51AFD7ED558CCDull;
+    h ^= h >> 32;
+    return h * 0xC4CEB9FE1A85EC53ull >> 32;
+  }
+
+  void Grow() {
+    std::vector<TSlot> slots(FSlots.size() * 2);
+    size_t mask = slots.size() - 1;
+    for (const TSlot& s : FSlots) {
+      if (!s.Bytes)
+        continue;
+      size_t i = s.Hash & mask;
+      while (slots[i].Bytes)
+        i = (i + 1) & mask;
+      slots[i] = s;
+    }
+    FSlots.swap(slots);
+  }
+
+  std::vector<TSlot> FSlots;
+  size_t FCount = 0;
+};
+
 enum TItemKind { ikText, ikOpen, ikClose, ikComment, ikCData, ikCustom, ikDirective };
 
 // U is char16_t for UTF-16 text, char8_t for UTF-8 bytes.
@@ -289,22 +399,31 @@ private:
     NeedAscii(from, end - from);
   }
 
+  char16_t* Wide(size_t n) {
+    if (FWide.size() < n)
+      FWide.resize(n < 256 ? 256 : n * 2);
+    return FWide.data();
+  }
   // The UTF-16 units of v: v itself, or the decoded bytes in FWide.
   sv Units(usv v) {
     if constexpr (kBytes) {
-      if (FWide.size() < v.size())
-        FWide.resize(v.size() < 256 ? 256 : v.size() * 2);
+      char16_t* w = Wide(v.size());
+      size_t ascii = widen_ascii(v.data(), v.size(), w);
+      if (ascii == v.size())
+        return sv(w, ascii);
       auto* b = reinterpret_cast<const uint8_t*>(v.data());
-      char16_t* d = DecodeUtf8(b, b + v.size(), FWide.data());
-      return sv(FWide.data(), static_cast<size_t>(d - FWide.data()));
+      return sv(w, static_cast<size_t>(DecodeUtf8(b + ascii, b + v.size(), w + ascii) - w));
     } else {
       return v;
     }
   }
   hstring Keep(usv v) { return hstring::ForTree(Units(v)); }
   int Intern(const U* b, const U* e) {
-    sv name = Units(usv(b, static_cast<size_t>(e - b)));
-    return FNames.Intern(name.data(), name.size());
+    size_t n = static_cast<size_t>(e - b);
+    if constexpr (kBytes)
+      return FByteNames.Find(FNames, b, n, Wide(n));
+    else
+      return FNames.Intern(b, n);
   }
 
   TName& Tag() { return FNames.Names[static_cast<size_t>(FTag)]; }
@@ -325,11 +444,36 @@ private:
   usv FValue; // text of a text item or a block; points into the source or FBuffer
   usv FCloseName;
   bool FClosed = false;
-  THtAttributeBatch FScratch; // attributes of the current element start
+  // Attributes of the current element start: the first held aside, since
+  // most elements have one and a batch would sort and copy it; from the
+  // second on all go to the batch.
+  THtAttributeBatch FScratch;
+  int FAttrs = 0;
+  int FOneName = 0;
+  hstring FOneValue;
+  THtAttributeBatch::TRule FOneRule = THtAttributeBatch::abKeepFirst;
+  void AddAttribute(int name, hstring value, THtAttributeBatch::TRule rule) {
+    if (FAttrs == 0) {
+      FOneName = name;
+      FOneValue = std::move(value);
+      FOneRule = rule;
+    } else {
+      if (FAttrs == 1)
+        FScratch.Add(FNames.Names[static_cast<size_t>(FOneName)].Name, FOneValue, FOneRule);
+      FScratch.Add(FNames.Names[static_cast<size_t>(name)].Name, value, rule);
+    }
+    ++FAttrs;
+  }
+  // The close tag is the open element's (set by the fast test in
+  // ReadCloseTag); FExpect is that element's tag while its items are read.
+  bool FCloseMatched = false;
+  const hstring* FExpect = nullptr;
   std::basic_string<U> FBuffer;
   std::u16string FWide; // decoded bytes on their way into the tree
 
   TNameTable FNames;
+  struct TNoByteNames {};
+  [[no_unique_address]] std::conditional_t<kBytes, TByteNames, TNoByteNames> FByteNames; // into FNames
   int FSpaceName = FNames.Intern(u"xml:space", 9);
   bool FSpaceSeen = false; // the current tag has an xml:space attribute
   // Blank text waiting for the open elements, one buffer per depth: appending
@@ -359,7 +503,9 @@ private:
 };
 
 template <class U> bool TReader<U>::NextItem() {
-  FScratch.Clear();
+  if (FAttrs > 1)
+    FScratch.Clear();
+  FAttrs = 0;
   FSpaceSeen = false;
   if (p >= end)
     return false;
@@ -676,7 +822,7 @@ template <class U> void TReader<U>::ReadTag() {
     case 5:
       ++p;
       // A charset meta tag re-decodes the text in the item reader.
-      if (!FScratch.Empty() && equals_ignore_case(Tag().Name.view(), u"meta"))
+      if (FAttrs && equals_ignore_case(Tag().Name.view(), u"meta"))
         give_up();
       FKind = ikOpen;
       return;
@@ -713,7 +859,7 @@ template <class U> void TReader<U>::ReadAttribute() {
     if (p < end && *p == u'<')
       give_up(); // a comment or directive would be skipped here
     // A bare attribute replaces an earlier one of the same name.
-    FScratch.Add(name, name, THtAttributeBatch::abReplace);
+    AddAttribute(k, name, THtAttributeBatch::abReplace);
     return;
   }
   ++p;
@@ -725,15 +871,38 @@ template <class U> void TReader<U>::ReadAttribute() {
   if (p < end)
     ++p;
   // The first valued attribute of a name wins.
-  FScratch.Add(name, MakeText(FValue), THtAttributeBatch::abKeepFirst);
+  AddAttribute(k, MakeText(FValue), THtAttributeBatch::abKeepFirst);
 }
 
 // p stands behind "</".
 template <class U> void TReader<U>::ReadCloseTag() {
   FKind = ikText;
+  FCloseMatched = false;
   if (p >= end)
     return;
   U c = *p;
+  // Mostly the open element's tag and '>': compared directly, as long as the
+  // name scan below would take in each unit of the tag.
+  if (FExpect) {
+    size_t n = FExpect->size();
+    const char16_t* t = FExpect->c_str();
+    if (static_cast<size_t>(end - p) > n && p[n] == u'>' && n > 0 && c == t[0] && c < 0x80 &&
+        tag_class(c) <= 1 && c >= u' ') {
+      size_t i = 1;
+      for (; i < n; ++i) {
+        U u = p[i];
+        if (u != t[i] || u >= 0x80 || u == u'/' || u == 0 || tag_class(u) >= 2)
+          break;
+      }
+      if (i == n) {
+        FCloseName = usv(p, n);
+        p += n + 1;
+        FKind = ikClose;
+        FCloseMatched = true;
+        return;
+      }
+    }
+  }
   int k = tag_class(c);
   if (!(k == 1 || (k == 0 && c >= u' ')))
     give_up();
@@ -788,11 +957,17 @@ template <class U> void TReader<U>::OpenElement(THtXMLNode* n) {
     n->FTagHash = FNames.TagHash(FTag);
   }
   n->TagType = htIdent;
-  if (!FScratch.Empty()) {
+  if (FAttrs) {
     delete n->FAttributes;
     auto* a = new THtAttributes(true);
     n->FAttributes = a;
-    FScratch.MoveTo(*a);
+    if (FAttrs == 1) {
+      a->List.reserve(1);
+      a->List.push_back(THtAttribute{FNames.Names[static_cast<size_t>(FOneName)].Name, std::move(FOneValue)});
+      a->Count = 1;
+    } else {
+      FScratch.MoveTo(*a);
+    }
     if (FSpaceSeen)
       n->FPreserveSpace = a->GetAttribute(FNames.Names[static_cast<size_t>(FSpaceName)].Name) == u"preserve";
     else
@@ -892,10 +1067,13 @@ inline bool same_name(std::u8string_view a, const hstring& tag) {
 }
 
 template <class U> void TReader<U>::Walk(THtXMLNode*& cur) {
-  while (NextItem()) {
+  for (;;) {
+    FExpect = &cur->FTag;
+    if (!NextItem())
+      break;
     switch (FKind) {
     case ikClose:
-      if (!same_name(FCloseName, cur->FTag))
+      if (!FCloseMatched && !same_name(FCloseName, cur->FTag))
         give_up(); // "Tag order error"
       if (cur == &FNode)
         return;
