@@ -31,6 +31,7 @@
 #include "htcore/foundation/startup.h"
 #include "htcore/foundation/text_utils.h"
 
+#include <algorithm>
 #include <cstring>
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -263,6 +264,34 @@ inline size_t widen_ascii(const char8_t* s, size_t n, char16_t* d) {
   for (; i < n && s[i] < 0x80; ++i)
     d[i] = s[i];
   return i;
+}
+
+// The run of plain name bytes (letters, digits, '-', '.', ':', '_') from q:
+// both name scans take each of them in, so they may start behind the run.
+inline const char8_t* skip_name_bytes(const char8_t* q, const char8_t* end) {
+#ifdef __SSE2__
+  // x in [lo, hi] as a signed compare: x - lo - 128 < hi - lo + 1 - 128.
+  auto in = [](__m128i v, char lo, char hi) {
+    return _mm_cmplt_epi8(_mm_add_epi8(v, _mm_set1_epi8(static_cast<char>(128 - lo))),
+                          _mm_set1_epi8(static_cast<char>(-128 + (hi - lo + 1))));
+  };
+  while (end - q >= 16) {
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
+    __m128i ok = _mm_or_si128(in(_mm_or_si128(v, _mm_set1_epi8(0x20)), 'a', 'z'), in(v, '0', ':'));
+    ok = _mm_or_si128(ok, _mm_or_si128(in(v, '-', '.'), _mm_cmpeq_epi8(v, _mm_set1_epi8('_'))));
+    unsigned stop = ~static_cast<unsigned>(_mm_movemask_epi8(ok)) & 0xFFFF;
+    if (stop)
+      return q + __builtin_ctz(stop);
+    q += 16;
+  }
+#endif
+  for (; q < end; ++q) {
+    char8_t c = *q;
+    if (!((c | 0x20) >= 'a' && (c | 0x20) <= 'z') && !(c >= '0' && c <= ':') && c != '-' && c != '.' &&
+        c != '_')
+      break;
+  }
+  return q;
 }
 
 // The names of a byte reader by their bytes, in front of the name table: a
@@ -763,9 +792,11 @@ template <class U> void TReader<U>::ReadDirective() {
 // An attribute name, an unquoted value or a name that starts beyond ASCII:
 // runs to a blank, quote, '<', '>', '=', "/>" or NUL.
 template <class U> const U* TReader<U>::ScanIdent(const U* q) {
-  if constexpr (kBytes)
+  if constexpr (kBytes) {
     if (*q >= 0x80)
       give_up(); // names beyond ASCII are read from the decoded text
+    q = skip_name_bytes(q + 1, end) - 1;
+  }
   for (++q;; ++q) {
     if (q >= end)
       return q;
@@ -791,6 +822,8 @@ template <class U> const U* TReader<U>::ScanIdent(const U* q) {
 template <class U> void TReader<U>::ReadTag() {
   const U* b = p;
   if (tag_class(*b) == 1) {
+    if constexpr (kBytes)
+      p = skip_name_bytes(p + 1, end) - 1;
     for (++p;;) {
       U c = At(p);
       if (c >= 65 || tag_class(c) == 1) {
@@ -1083,7 +1116,10 @@ template <class U> void TReader<U>::Walk(THtXMLNode*& cur) {
       continue;
     case ikText:
       if (!cur->FPreserveSpace && is_blank_text(FValue)) {
-        FPending[FDepth].append(FValue.begin(), FValue.end());
+        std::u16string& b = FPending[FDepth];
+        size_t at = b.size();
+        b.resize(at + FValue.size());
+        std::copy(FValue.begin(), FValue.end(), b.begin() + static_cast<ptrdiff_t>(at)); // blanks are ASCII
         continue;
       }
       if (FKids.Empty() && cur->FContent.empty() && FPending[FDepth].empty()) {
