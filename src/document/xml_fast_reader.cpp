@@ -473,26 +473,37 @@ private:
   usv FValue; // text of a text item or a block; points into the source or FBuffer
   usv FCloseName;
   bool FClosed = false;
-  // Attributes of the current element start: the first held aside, since
-  // most elements have one and a batch would sort and copy it; from the
-  // second on all go to the batch.
+  // Attributes of the current element start, up to kHeld of them held
+  // aside (more go to the batch). Elements of one kind repeat the same names
+  // in the same order: the sorted order of such a run of distinct names is
+  // remembered (TOrders), and the next element with that run gets its set
+  // built in that order, without the batch's sort and copies.
+  static constexpr int kHeld = 16;
   THtAttributeBatch FScratch;
   int FAttrs = 0;
-  int FOneName = 0;
-  hstring FOneValue;
-  THtAttributeBatch::TRule FOneRule = THtAttributeBatch::abKeepFirst;
+  int FHeldName[kHeld];
+  hstring FHeldValue[kHeld];
+  THtAttributeBatch::TRule FHeldRule[kHeld];
   void AddAttribute(int name, hstring value, THtAttributeBatch::TRule rule) {
-    if (FAttrs == 0) {
-      FOneName = name;
-      FOneValue = std::move(value);
-      FOneRule = rule;
+    if (FAttrs < kHeld) {
+      FHeldName[FAttrs] = name;
+      FHeldValue[FAttrs] = std::move(value);
+      FHeldRule[FAttrs] = rule;
     } else {
-      if (FAttrs == 1)
-        FScratch.Add(FNames.Names[static_cast<size_t>(FOneName)].Name, FOneValue, FOneRule);
+      if (FAttrs == kHeld)
+        for (int i = 0; i < kHeld; ++i)
+          FScratch.Add(FNames.Names[static_cast<size_t>(FHeldName[i])].Name, FHeldValue[i], FHeldRule[i]);
       FScratch.Add(FNames.Names[static_cast<size_t>(name)].Name, value, rule);
     }
     ++FAttrs;
   }
+  struct TOrder {
+    int Count = 0;
+    int Names[kHeld]; // name indices in the order met
+    uint8_t Sorted[kHeld]; // positions in Names, in the set's order
+  };
+  TOrder FOrders[16];
+  void FillAttributes(THtAttributes& a);
   // The close tag is the open element's (set by the fast test in
   // ReadCloseTag); FExpect is that element's tag while its items are read.
   bool FCloseMatched = false;
@@ -532,7 +543,7 @@ private:
 };
 
 template <class U> bool TReader<U>::NextItem() {
-  if (FAttrs > 1)
+  if (FAttrs > kHeld)
     FScratch.Clear();
   FAttrs = 0;
   FSpaceSeen = false;
@@ -994,17 +1005,53 @@ template <class U> void TReader<U>::OpenElement(THtXMLNode* n) {
     delete n->FAttributes;
     auto* a = new THtAttributes(true);
     n->FAttributes = a;
-    if (FAttrs == 1) {
-      a->List.reserve(1);
-      a->List.push_back(THtAttribute{FNames.Names[static_cast<size_t>(FOneName)].Name, std::move(FOneValue)});
-      a->Count = 1;
-    } else {
-      FScratch.MoveTo(*a);
-    }
+    FillAttributes(*a);
     if (FSpaceSeen)
       n->FPreserveSpace = a->GetAttribute(FNames.Names[static_cast<size_t>(FSpaceName)].Name) == u"preserve";
     else
       n->FPreserveSpace = false;
+  }
+}
+
+template <class U> void TReader<U>::FillAttributes(THtAttributes& a) {
+  if (FAttrs == 1) {
+    a.List.reserve(1);
+    a.List.push_back(THtAttribute{FNames.Names[static_cast<size_t>(FHeldName[0])].Name, std::move(FHeldValue[0])});
+    a.Count = 1;
+    return;
+  }
+  if (FAttrs > kHeld) {
+    FScratch.MoveTo(a);
+    return;
+  }
+  uint32_t h = 0;
+  for (int i = 0; i < FAttrs; ++i)
+    h = h * 31 + static_cast<uint32_t>(FHeldName[i]);
+  TOrder& o = FOrders[(h ^ (h >> 4)) & 15];
+  if (o.Count == FAttrs && std::equal(FHeldName, FHeldName + FAttrs, o.Names)) {
+    a.List.reserve(static_cast<size_t>(FAttrs));
+    for (int i = 0; i < FAttrs; ++i) {
+      int k = o.Sorted[i];
+      a.List.push_back(
+          THtAttribute{FNames.Names[static_cast<size_t>(FHeldName[k])].Name, std::move(FHeldValue[k])});
+    }
+    a.Count = FAttrs;
+    return;
+  }
+  for (int i = 0; i < FAttrs; ++i)
+    FScratch.Add(FNames.Names[static_cast<size_t>(FHeldName[i])].Name, FHeldValue[i], FHeldRule[i]);
+  FScratch.MoveTo(a);
+  // With distinct names the set's order depends on the names alone.
+  if (a.Count != FAttrs)
+    return;
+  o.Count = FAttrs;
+  std::copy(FHeldName, FHeldName + FAttrs, o.Names);
+  for (int i = 0; i < FAttrs; ++i) {
+    const char16_t* name = a.List[static_cast<size_t>(i)].Name.Pointer();
+    int k = 0;
+    while (FNames.Names[static_cast<size_t>(FHeldName[k])].Name.Pointer() != name)
+      ++k;
+    o.Sorted[i] = static_cast<uint8_t>(k);
   }
 }
 

@@ -173,7 +173,13 @@ TEST(XMLFastReader, TrickyTextsGiveTheSameTreeOrError) {
       "<a>< b/></a>", "<r><a x></r>", "<#a/>", "<a>&</a>", "</a><b/>",
       // attributes
       "<a x=\"1\" y='2' z = \"3\"/>", "<a z='1' a='2' m='3'/>", "<a x='1' x='2'/>", "<a x x='2'/>",
-      "<a x='1' x/>", "<a b c d/>", "<a x='&lt;&amp;&gt;&quot;&apos;'/>", "<a x='1'y='2'/>",
+      "<a x='1' x/>", "<a b c d/>",
+      // runs of the same names, whose sorted order the reader remembers
+      "<r><a z='1' m='2' a='3'/><a z='4' m='5' a='6'/><a a='7' z='8' m='9'/><a z='1' m='2' a='3' b/></r>",
+      "<r><a z='1' z='2' a='3'/><a z='4' z='5' a='6'/><a z a='7' z='8'/><a z a='9' z='0'/></r>",
+      "<r><a p='1' q='2' r='3' s='4' t='5' u='6' v='7' w='8' x='9' y='10' z='11' a='12' b='13' c='14' "
+      "d='15' e='16' f='17'/><a p='1' q='2' r='3' s='4' t='5' u='6' v='7' w='8' x='9' y='10' z='11' "
+      "a='12' b='13' c='14' d='15' e='16' a='17'/><a q='1' p='2'/><a q='3' p='4'/></r>", "<a x='&lt;&amp;&gt;&quot;&apos;'/>", "<a x='1'y='2'/>",
       "<a x=\"it's\" y='say \"hi\"'/>", "<a x='<b>'/>", "<a x='1' / y='2'>t</a>", "<a x='multi\nline'/>",
       "<a \"x\"='1'/>", "<a x='1''/>", "<a x='1' <!-- c --> y='2'/>", "<a x <!-- c -->='1'/>", "<a =x/>",
       "<a x='\x01'/>", "<a x:y='1' xmlns:x='u'/>",
