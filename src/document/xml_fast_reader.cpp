@@ -11,14 +11,25 @@
 //
 // One reader serves both UTF-16 text and UTF-8 bytes (TReader<char8_t>).
 // On freedesktop.org.xml (2.3 MB) decoding the whole input to UTF-16 first
-// cost 8.5 M of 112 M instructions and doubled the input in memory at the
-// parse's peak; the byte reader decodes only what the tree keeps (names,
-// values, texts), each straight from the source. Markup is ASCII: a byte
-// from 0x80 up in a name, or in a reference whose width in units the byte
-// count does not tell, makes the byte reader give up, and the caller reads
-// the decoded text; so does a UTF-8 declaration whose re-decoding test
-// (made on the bytes as the item reader makes it on the units) would change
-// the text.
+// cost 8.5 M of 112 M instructions (parse and free) and the UTF-16 copy
+// doubled the input at the parse's peak (6.2x the input against pugixml's
+// 3.8x). The byte reader decodes only what the tree keeps (names, values,
+// texts), each straight from the source: 104 M instructions, peak 4.3x.
+// Decoding piece by piece first cost more than the whole text at once
+// (a call and a scalar loop per short name), so names are interned by their
+// bytes (TByteNames) and ASCII pieces widened a vector at a time. Markup is
+// ASCII: a byte from 0x80 up in a name, or in a reference whose width in
+// units the byte count does not tell, makes the byte reader give up, and the
+// caller reads the decoded text; so does a UTF-8 declaration whose
+// re-decoding test (made on the bytes as the item reader makes it on the
+// units) would change the text. Real documents give up nowhere.
+//
+// Attribute sets: most elements of a kind repeat the same names in the same
+// order, so the sorted order of such a run is remembered and the next set
+// built in it directly (iso_639-3.xml, six attributes an element: 51 M to
+// 46 M). What remains (freedesktop, inclusive): the item loop 47 M, freeing
+// the tree 10.5 M, element starts 7 M, new nodes 5.4 M; pugixml needs 27 M
+// in all.
 #include "document/html_char_classes.h"
 #include "document/unit_scan.h"
 #include "document/utf8_check.h"
