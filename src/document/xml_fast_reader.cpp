@@ -324,7 +324,7 @@ public:
           Grow();
         return s.Index;
       }
-      if (s.Hash == static_cast<uint32_t>(h) && s.Length == n && same_bytes(s.Bytes, b, n))
+      if (s.Hash == static_cast<uint32_t>(h) && s.Length == n && SameWords(s.Bytes, b, n))
         return s.Index;
     }
   }
@@ -336,22 +336,6 @@ private:
     uint32_t Hash = 0;
     int Index = 0;
   };
-
-  // Names are short: a call to memcmp costs more than the compare.
-  static bool same_bytes(const char8_t* a, const char8_t* b, size_t n) {
-    size_t i = 0;
-    for (; i + 8 <= n; i += 8) {
-      uint64_t x, y;
-      std::memcpy(&x, a + i, 8);
-      std::memcpy(&y, b + i, 8);
-      if (x != y)
-        return false;
-    }
-    for (; i < n; ++i)
-      if (a[i] != b[i])
-        return false;
-    return true;
-  }
 
   static uint64_t Hash(const char8_t* p, size_t n) {
     uint64_t h = 0x9E3779B97F4A7C15ull ^ n;
