@@ -313,18 +313,18 @@ public:
 
   // The index in Names of b..b+n, interned there on first sight.
   int Find(TNameTable& Names, const char8_t* b, size_t n, char16_t* wide) {
-    uint64_t h = Hash(b, n);
+    uint32_t h = HashWords(b, n);
     size_t mask = FSlots.size() - 1;
     for (size_t i = h & mask;; i = (i + 1) & mask) {
       TSlot& s = FSlots[i];
       if (!s.Bytes) {
         widen_ascii(b, n, wide); // names of the byte reader are ASCII
-        s = TSlot{b, static_cast<uint32_t>(n), static_cast<uint32_t>(h), Names.Intern(wide, n)};
+        s = TSlot{b, static_cast<uint32_t>(n), h, Names.Intern(wide, n)};
         if (++FCount * 2 > FSlots.size())
           Grow();
         return s.Index;
       }
-      if (s.Hash == static_cast<uint32_t>(h) && s.Length == n && SameWords(s.Bytes, b, n))
+      if (s.Hash == h && s.Length == n && SameWords(s.Bytes, b, n))
         return s.Index;
     }
   }
@@ -336,23 +336,6 @@ private:
     uint32_t Hash = 0;
     int Index = 0;
   };
-
-  static uint64_t Hash(const char8_t* p, size_t n) {
-    uint64_t h = 0x9E3779B97F4A7C15ull ^ n;
-    size_t i = 0;
-    for (; i + 8 <= n; i += 8) {
-      uint64_t w;
-      std::memcpy(&w, p + i, 8);
-      h = (h ^ w) * 0xFF51AFD7ED558CCDull;
-      h ^= h >> 29;
-    }
-    uint64_t w = 0;
-    for (; i < n; ++i)
-      w = (w << 8) | p[i];
-    h = (h ^ w) * 0xFF51AFD7ED558CCDull;
-    h ^= h >> 32;
-    return h * 0xC4CEB9FE1A85EC53ull >> 32;
-  }
 
   void Grow() {
     std::vector<TSlot> slots(FSlots.size() * 2);

@@ -38,6 +38,30 @@ template <class U> bool SameWords(const U* a, const U* b, size_t n) {
   return true;
 }
 
+// A hash of a short run of units, eight bytes a step: names and short
+// values are a few words long.
+template <class U> uint32_t HashWords(const U* p, size_t n) {
+  constexpr size_t kStep = 8 / sizeof(U);
+  uint64_t h = 0x9E3779B97F4A7C15ull ^ n;
+  size_t i = 0;
+  for (; i + kStep <= n; i += kStep) {
+    uint64_t w;
+    std::memcpy(&w, p + i, 8);
+    h = (h ^ w) * 0xFF51AFD7ED558CCDull;
+    h ^= h >> 29;
+  }
+  if (i < n) {
+    uint64_t w = 0;
+    for (size_t k = i; k < n; ++k)
+      w = (w << (8 * sizeof(U))) | p[k];
+    h = (h ^ w) * 0xFF51AFD7ED558CCDull;
+  }
+  // The low bits pick the slot: mix the high ones in.
+  h ^= h >> 32;
+  h *= 0xC4CEB9FE1A85EC53ull;
+  return static_cast<uint32_t>(h ^ (h >> 29));
+}
+
 // A name met in this parse, with what a node of that tag needs.
 struct TName {
   hstring Name;
@@ -83,27 +107,7 @@ public:
 
   std::vector<TName> Names;
 
-  // Four units a step: names and short values are a few words long.
-  static uint32_t Hash(const char16_t* p, size_t n) {
-    uint64_t h = 0x9E3779B97F4A7C15ull ^ n;
-    size_t i = 0;
-    for (; i + 4 <= n; i += 4) {
-      uint64_t w;
-      std::memcpy(&w, p + i, 8);
-      h = (h ^ w) * 0xFF51AFD7ED558CCDull;
-      h ^= h >> 29;
-    }
-    if (i < n) {
-      uint64_t w = 0;
-      for (size_t k = i; k < n; ++k)
-        w = (w << 16) | p[k];
-      h = (h ^ w) * 0xFF51AFD7ED558CCDull;
-    }
-    // The low bits pick the slot: mix the high ones in.
-    h ^= h >> 32;
-    h *= 0xC4CEB9FE1A85EC53ull;
-    return static_cast<uint32_t>(h ^ (h >> 29));
-  }
+  static uint32_t Hash(const char16_t* p, size_t n) { return HashWords(p, n); }
 
   static bool SameUnits(const char16_t* a, const char16_t* b, size_t n) { return SameWords(a, b, n); }
 

@@ -52,11 +52,12 @@ struct TOutcome {
   std::string tree, code, pis, error;
 };
 
-template <class T> TOutcome parse(const hstring& text) {
+// The outcome of load(node) on a new node of class T.
+template <class T, class Load> TOutcome outcome(Load load) {
   TOutcome r;
   try {
     T node;
-    node.SetXML(text);
+    load(node);
     dump(&node, r.tree);
     r.code = node.Code().toUtf8();
     if (const TStringList* pi = node.ProcessingInstructions())
@@ -68,6 +69,10 @@ template <class T> TOutcome parse(const hstring& text) {
     r.error = "EHtParserError: " + std::string(e.what());
   }
   return r;
+}
+
+template <class T> TOutcome parse(const hstring& text) {
+  return outcome<T>([&](T& node) { node.SetXML(text); });
 }
 
 void expect_same(const hstring& text, const std::string& label) {
@@ -81,21 +86,7 @@ void expect_same(const hstring& text, const std::string& label) {
 
 // SetUTF8XML on bytes against the item reader on the text they decode to.
 TOutcome parse_bytes(std::string_view bytes) {
-  TOutcome r;
-  try {
-    THtXMLNode node;
-    node.SetUTF8XML(bytes);
-    dump(&node, r.tree);
-    r.code = node.Code().toUtf8();
-    if (const TStringList* pi = node.ProcessingInstructions())
-      for (int i = 0; i < pi->Count(); ++i)
-        r.pis += pi->Strings(i).toUtf8() + "|";
-  } catch (const EHtXML& e) {
-    r.error = "EHtXML: " + std::string(e.what());
-  } catch (const EHtParserError& e) {
-    r.error = "EHtParserError: " + std::string(e.what());
-  }
-  return r;
+  return outcome<THtXMLNode>([&](THtXMLNode& node) { node.SetUTF8XML(bytes); });
 }
 
 void expect_same_bytes(std::string_view bytes, const std::string& label) {
