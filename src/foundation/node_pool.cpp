@@ -34,6 +34,7 @@
 // pooled nodes hold.
 #include "htcore/foundation/node_pool.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <mutex>
@@ -74,6 +75,10 @@ constexpr size_t kReserve = size_t(32) << 30;
 // kind of machine, and parsing again faults its pages in anew: with 16 MiB, a
 // 20 MB JSON tree spent twice its parse time in the kernel on each round.
 constexpr size_t kKeepFree = 1024;
+// Chunks beyond those go back to the system in batches: the call costs about
+// the same for one chunk as for a run of neighbours, and a freed tree's chunks
+// mostly are neighbours.
+constexpr size_t kGiveBatch = 64;
 // A chunk's count starts here and drops by one per freed block; the thread
 // that fills it subtracts the rest (bias minus blocks made) when it moves on,
 // so the count reaches zero exactly when the last block is freed.
@@ -87,7 +92,9 @@ struct TRange {
   uintptr_t Base = 0;
   std::mutex Lock;
   size_t Used = 0;         // chunks ever handed out
-  std::vector<char*> Free; // handed back, still mapped
+  std::vector<char*> Free;    // handed back, pages resident (at most kKeepFree)
+  std::vector<char*> Pending; // handed back beyond those, pages still resident
+  std::vector<char*> Given;   // handed back, pages returned to the system
   std::atomic<size_t> Held{0};
   bool Failed = false;
 };
@@ -119,9 +126,11 @@ char* acquire_chunk() {
     }
     if (r.Failed)
       return nullptr;
-    if (!r.Free.empty()) {
-      c = r.Free.back();
-      r.Free.pop_back();
+    // Resident chunks first: a given-back one faults its pages in again.
+    std::vector<char*>* from = !r.Free.empty() ? &r.Free : !r.Pending.empty() ? &r.Pending : &r.Given;
+    if (!from->empty()) {
+      c = from->back();
+      from->pop_back();
     } else if (r.Used < kReserve / kChunk) {
       c = reinterpret_cast<char*>(r.Base + r.Used * kChunk);
       ++r.Used;
@@ -145,9 +154,26 @@ void release_chunk(char* c) {
 #endif
   r.Held.fetch_sub(1, std::memory_order_relaxed);
   std::lock_guard<std::mutex> lock(r.Lock);
-  if (r.Free.size() >= kKeepFree)
-    madvise(c, kChunk, MADV_DONTNEED);
-  r.Free.push_back(c);
+  // Only what lies beyond the resident reserve goes back, so that a run of
+  // small documents after a large one reuses resident chunks instead of
+  // giving back and faulting in one chunk per document.
+  if (r.Free.size() < kKeepFree) {
+    r.Free.push_back(c);
+    return;
+  }
+  r.Pending.push_back(c);
+  if (r.Pending.size() < kGiveBatch)
+    return;
+  std::sort(r.Pending.begin(), r.Pending.end());
+  for (size_t i = 0; i < r.Pending.size();) {
+    size_t j = i + 1;
+    while (j < r.Pending.size() && r.Pending[j] == r.Pending[j - 1] + kChunk)
+      ++j;
+    madvise(r.Pending[i], (j - i) * kChunk, MADV_DONTNEED);
+    i = j;
+  }
+  r.Given.insert(r.Given.end(), r.Pending.begin(), r.Pending.end());
+  r.Pending.clear();
 }
 
 struct TThreadPool {
