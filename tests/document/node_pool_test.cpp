@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 using namespace ht;
 
@@ -253,3 +254,29 @@ TEST(TNodePoolDeathTest, UseAfterFreeOfAPooledNodeIsReported) {
 }
 
 } // namespace
+
+// More chunks than the pool keeps resident: the rest go back to the system in
+// batches, and chunks of every kind (resident, waiting, given back) serve the
+// next parse with clean, writable blocks.
+TEST(NodePool, ChunksBeyondTheResidentReserveAreGivenBackAndReused) {
+  constexpr std::size_t kBlock = detail::kPoolMaxBlock;
+  constexpr std::size_t kBlocks = 1300 * (detail::kPoolChunk / kBlock);
+  const std::size_t before = detail::NodePoolStats().ChunksHeld;
+  for (int round = 0; round < 2; ++round) {
+    std::vector<unsigned char*> blocks(kBlocks);
+    {
+      TNodePoolScope scope;
+      for (std::size_t i = 0; i < kBlocks; ++i) {
+        blocks[i] = static_cast<unsigned char*>(detail::PoolAlloc(kBlock));
+        blocks[i][0] = static_cast<unsigned char>(i);
+        blocks[i][kBlock - 1] = static_cast<unsigned char>(i >> 8);
+      }
+    }
+    for (std::size_t i = 0; i < kBlocks; ++i) {
+      ASSERT_EQ(blocks[i][0], static_cast<unsigned char>(i));
+      ASSERT_EQ(blocks[i][kBlock - 1], static_cast<unsigned char>(i >> 8));
+      detail::PoolFree(blocks[i], kBlock);
+    }
+  }
+  EXPECT_LE(detail::NodePoolStats().ChunksHeld, before);
+}
