@@ -13,5 +13,5 @@ cmake --build "$build" --target xml_bench json_bench html_bench sax_bench xpath_
 for b in xml_bench json_bench html_bench sax_bench xpath_bench; do
   echo "== $b"
   "$build/bench/$b" --benchmark_min_time="$min_time" --benchmark_repetitions=3 \
-    --benchmark_report_aggregates_only=true 2>/dev/null | grep -E '_median|^Memory|time / htcore' || true
+    --benchmark_report_aggregates_only=true 2>/dev/null | grep -E '_median|time / htcore|^  [^ ]' || true
 done
