@@ -1,4 +1,5 @@
 // Streams and files into THtXMLNode trees.
+#include "htcore/document/json_reader.h"
 #include "htcore/document/xml_node.h"
 #include "htcore/foundation/codepage.h"
 #include "htcore/foundation/stream_types.h"
@@ -75,9 +76,12 @@ hstring StreamtoText(TStream& AStream, THtmlEncoding AEncoding) {
 
 void THtXMLNode::LoadFromStream(TStream& AStream, THtmlEncoding AEncoding, bool IsJSON) {
   TStreamBytes bytes = read_stream(AStream, AEncoding);
-  // UTF-8 XML is read from the bytes, without a decoded copy of the whole.
-  if (!IsJSON && bytes.Utf8) {
-    SetUTF8XML(bytes.Utf8Text());
+  // UTF-8 is read from the bytes, without a decoded copy of the whole.
+  if (bytes.Utf8) {
+    if (IsJSON)
+      SetJSONUtf8(*this, bytes.Utf8Text());
+    else
+      SetUTF8XML(bytes.Utf8Text());
     return;
   }
   hstring text = decode(bytes, AEncoding);

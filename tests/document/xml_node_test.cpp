@@ -441,6 +441,11 @@ TEST(XmlNode, StreamsAndEncodings) {
 
   TBytesStream json = bytes_stream("\xEF\xBB\xBF{\"k\":\"\xC3\xA9\"}");
   EXPECT_EQ(dump(THtXMLNode::CreateFromStream(json, heDefault, true).get()), "object(k=\u00e9)");
+  // UTF-8 JSON is read from its bytes: the errors are those of the text.
+  TBytesStream cut = bytes_stream("{\"k\":[1,\"\xC3\xA9\"");
+  std::string from_text = error_of([] { THtXMLNode::CreatefromJSON(u"{\"k\":[1,\"\u00e9\""_hs); });
+  EXPECT_FALSE(from_text.empty());
+  EXPECT_EQ(error_of([&] { THtXMLNode::CreateFromStream(cut, heUTF8, true); }), from_text);
   TBytesStream xml = bytes_stream(std::string("\xFF\xFE<\0r\0/\0>\0", 10));
   EXPECT_EQ(dump(THtXMLNode::CreateFromStream(xml).get()), "r");
 }

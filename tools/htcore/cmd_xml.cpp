@@ -5,6 +5,7 @@
 // JSON becomes the same node tree, so the two commands are each other's way
 // back. Output is UTF-8 with LF line ends.
 #include "commands.h"
+#include "htcore/document/json_reader.h"
 #include "htcore/document/xml_node.h"
 #include "htcore/foundation/stream_types.h"
 
@@ -104,7 +105,13 @@ int CmdJson(int argc, char** argv) {
   if (!ReadInput(argv[1], bytes))
     return 1;
   try {
-    auto doc = ht::THtXMLNode::CreatefromJSON(TextOfBytes(bytes));
+    // UTF-8 (the usual case) is read as bytes, without a UTF-16 copy.
+    size_t mark;
+    std::string_view utf8 = bytes;
+    if (utf8.substr(0, 3) == "\xEF\xBB\xBF")
+      utf8.remove_prefix(3);
+    auto doc = Utf16Order(bytes, mark) == uoNone ? ht::JSONUtf8toXMLNode(utf8)
+                                                 : ht::THtXMLNode::CreatefromJSON(TextOfBytes(bytes));
     return WriteOut(formatted_xml(*doc));
   } catch (const std::exception& e) {
     return Fail(std::string(argv[1]) + ": " + e.what());
