@@ -19,6 +19,7 @@
 // again one by one.
 #include "document/json_escape.h"
 #include "document/json_fast_reader.h"
+#include "document/reader_caches.h"
 #include "document/xml_reader_internal.h"
 #include "foundation/utf8_decode.h"
 #include "htcore/document/json_parser.h"
@@ -31,6 +32,7 @@
 #include <emmintrin.h>
 #endif
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace ht::detail {
@@ -55,77 +57,16 @@ template <class Unit> bool is_digit(Unit c) { return c >= '0' && c <= '9'; }
 
 enum TScalar { scString, scNumber, scIdent, scValue };
 
-struct TFrame {
-  THtXMLNode* Node;
-  bool Array;
-  size_t Pairs; // where the object's scalars start on the pair stack
-};
-
 struct TPair {
   int Name;
   hstring Value;
 };
 
-// The sorted order of one sequence of keys: for each attribute of the set,
-// the pair that gives its value (the last of a repeated key).
-struct TShape {
-  std::vector<int> Names;
-  std::vector<uint32_t> Order;
+struct TFrame {
+  THtXMLNode* Node;
+  bool Array;
+  size_t Pairs; // where the object's scalars start on the pair stack
 };
-
-// Up to 16 ASCII bytes as two words, for the caches of short keys and values.
-struct TShortBytes {
-  uint64_t Lo = 0, Hi = 0;
-  uint32_t Len = 0;
-  uint32_t Hash = 0;
-};
-
-// b has 16 bytes readable; 1 <= n <= 16 of them count.
-TShortBytes short_bytes(const uint8_t* b, size_t n) {
-  TShortBytes k;
-  std::memcpy(&k.Lo, b, 8);
-  std::memcpy(&k.Hi, b + 8, 8);
-  if (n < 8) {
-    k.Lo &= (uint64_t(1) << (8 * n)) - 1;
-    k.Hi = 0;
-  } else if (n < 16) {
-    k.Hi &= (uint64_t(1) << (8 * (n - 8))) - 1;
-  }
-  k.Len = static_cast<uint32_t>(n);
-  uint64_t h = (k.Lo * 0x9E3779B97F4A7C15ull) ^ (k.Hi * 0xC2B2AE3D27D4EB4Full);
-  h ^= h >> 31;
-  k.Hash = static_cast<uint32_t>(h >> 32);
-  return k;
-}
-
-struct TKeySlot {
-  TShortBytes Key;
-  int Name = -1;
-};
-
-struct TTextSlot {
-  TShortBytes Key;
-  hstring Text;
-};
-
-bool same_bytes(const TShortBytes& a, const TShortBytes& b) {
-  return a.Lo == b.Lo && a.Hi == b.Hi && a.Len == b.Len;
-}
-
-// Widens ASCII bytes into units.
-void widen(const uint8_t* s, size_t n, char16_t* d) {
-  size_t i = 0;
-#ifdef __SSE2__
-  const __m128i zero = _mm_setzero_si128();
-  for (; i + 16 <= n; i += 16) {
-    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), _mm_unpacklo_epi8(v, zero));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i + 8), _mm_unpackhi_epi8(v, zero));
-  }
-#endif
-  for (; i < n; ++i)
-    d[i] = s[i];
-}
 
 // Unit is char16_t for UTF-16 text (which ends in a NUL) or uint8_t for
 // UTF-8 bytes (which need not).
@@ -173,7 +114,7 @@ private:
   void Open(THtXMLNode* n, bool array);
   void Close();
   void BuildAttributes(THtXMLNode* n, size_t first);
-  const TShape& ShapeOf(const TPair* pairs, size_t n);
+  const TNameOrders::TOrder& OrderOf(const TPair* pairs, size_t n);
 
   THtXMLNode& FNode;
   const Unit* p;
@@ -184,12 +125,13 @@ private:
   std::unique_ptr<char16_t[]> FBuf; // decoded strings
   size_t FBufCap = 0, FBufLen = 0;
   char16_t FWide[32];               // short ASCII scalars widened
-  std::vector<TKeySlot> FKeyCache;  // by the bytes of short keys
-  std::vector<TTextSlot> FTextCache; // by the bytes of short values
+  struct TNoNames {};
+  struct TNoTexts {};
+  [[no_unique_address]] std::conditional_t<kBytes, TByteNames, TNoNames> FKeyNames; // keys by their bytes
+  [[no_unique_address]] std::conditional_t<kBytes, TShortTexts, TNoTexts> FShortTexts; // short values
   std::vector<TFrame> FStack;       // open objects and arrays
   std::vector<TPair> FPairs;        // scalars of the open objects
-  std::vector<TShape> FShapes;      // by a hash of the key sequence
-  TShape FSortScratch;
+  TNameOrders FOrders;              // by the key sequence
   TNameTable FNames;
   TTextCache FValues;
   TPendingChildren FKids;
@@ -215,7 +157,7 @@ template <class Unit> void TJSONReader<Unit>::Append(const Unit* b, const Unit* 
     if (high)
       FBufLen = static_cast<size_t>(DecodeUtf8(b, q, d) - FBuf.get());
     else {
-      widen(b, n, d);
+      widen_ascii(b, n, d);
       FBufLen += n;
     }
   } else {
@@ -231,7 +173,7 @@ template <class Unit> sv TJSONReader<Unit>::ScalarView() {
   size_t n = static_cast<size_t>(FRawE - FRawB);
   if constexpr (kBytes) {
     if (n <= std::size(FWide)) {
-      widen(FRawB, n, FWide);
+      widen_ascii(FRawB, n, FWide);
       return sv(FWide, n);
     }
     FBufLen = 0;
@@ -245,16 +187,11 @@ template <class Unit> sv TJSONReader<Unit>::ScalarView() {
 template <class Unit> hstring TJSONReader<Unit>::ScalarText() {
   if constexpr (kBytes) {
     size_t n = static_cast<size_t>(FRawE - FRawB);
-    if (FRaw && n - 1 < 16 && end - FRawB >= 16) {
-      TShortBytes key = short_bytes(FRawB, n);
-      TTextSlot& s = FTextCache[key.Hash & (FTextCache.size() - 1)];
-      if (!same_bytes(s.Key, key)) {
-        widen(FRawB, n, FWide);
-        s.Key = key;
-        s.Text = hstring::ForTree(FWide, n);
-      }
-      return s.Text;
-    }
+    if (FRaw && n - 1 < 16)
+      return FShortTexts.Get(FRawB, n, end, [&](const Unit* b, size_t k) {
+        widen_ascii(b, k, FWide);
+        return hstring::ForTree(FWide, k);
+      });
   }
   return FValues.Get(ScalarView());
 }
@@ -268,25 +205,18 @@ template <class Unit> bool TJSONReader<Unit>::RawIs(std::string_view Literal) co
   return true;
 }
 
-// A plain key of up to 16 bytes is looked up by its bytes, without decoding.
+// A plain ASCII key is looked up by its bytes, without decoding.
 template <class Unit> int TJSONReader<Unit>::ReadKey() {
   if constexpr (kBytes) {
     const Unit quote = *p;
-    if ((quote == '"' || quote == '\'') && end - p > 16) {
+    if (quote == '"' || quote == '\'') {
       const Unit* b = p + 1;
       bool high = false;
       const Unit* q = ScanString(b, quote, high);
       size_t n = static_cast<size_t>(q - b);
-      if (q < end && *q == quote && !high && n - 1 < 16) {
-        TShortBytes key = short_bytes(b, n);
-        TKeySlot& s = FKeyCache[key.Hash & (FKeyCache.size() - 1)];
-        if (!same_bytes(s.Key, key)) {
-          widen(b, n, FWide);
-          s.Key = key;
-          s.Name = FNames.Intern(FWide, n);
-        }
+      if (q < end && *q == quote && !high && n) {
         p = q + 1;
-        return s.Name;
+        return FKeyNames.Find(FNames, b, n, end);
       }
     }
   }
@@ -499,24 +429,15 @@ template <class Unit> void TJSONReader<Unit>::Open(THtXMLNode* n, bool array) {
   ++p;
 }
 
-template <class Unit> const TShape& TJSONReader<Unit>::ShapeOf(const TPair* pairs, size_t n) {
-  uint64_t h = n;
-  for (size_t i = 0; i < n; ++i)
-    h = (h ^ static_cast<uint64_t>(pairs[i].Name)) * 0x9E3779B97F4A7C15ull;
-  TShape& s = n <= 64 ? FShapes[(h >> 56) & (FShapes.size() - 1)] : FSortScratch;
-  if (s.Names.size() == n) {
-    size_t i = 0;
-    while (i < n && s.Names[i] == pairs[i].Name)
-      ++i;
-    if (i == n && n)
-      return s;
-  }
-  s.Names.resize(n);
-  for (size_t i = 0; i < n; ++i)
-    s.Names[i] = pairs[i].Name;
+template <class Unit>
+const TNameOrders::TOrder& TJSONReader<Unit>::OrderOf(const TPair* pairs, size_t n) {
+  auto key = [&](size_t i) { return pairs[i].Name; };
+  if (const TNameOrders::TOrder* o = FOrders.Find(n, key))
+    return *o;
+  TNameOrders::TOrder& o = FOrders.Learn(n, key);
   // A stable sort keeps a repeated key's pairs in their order; its last one
   // gives the value.
-  std::vector<uint32_t>& order = s.Order;
+  std::vector<uint32_t>& order = o.Sorted;
   order.resize(n);
   for (size_t i = 0; i < n; ++i)
     order[i] = static_cast<uint32_t>(i);
@@ -532,18 +453,18 @@ template <class Unit> const TShape& TJSONReader<Unit>::ShapeOf(const TPair* pair
       order[k++] = order[i];
   }
   order.resize(k);
-  return s;
+  return o;
 }
 
 template <class Unit> void TJSONReader<Unit>::BuildAttributes(THtXMLNode* n, size_t first) {
   TPair* pairs = FPairs.data() + first;
-  const TShape& shape = ShapeOf(pairs, FPairs.size() - first);
+  const TNameOrders::TOrder& order = OrderOf(pairs, FPairs.size() - first);
   auto* a = new THtAttributes(true);
   n->FAttributes = a;
-  a->List.reserve(shape.Order.size());
-  for (uint32_t i : shape.Order)
+  a->List.reserve(order.Sorted.size());
+  for (uint32_t i : order.Sorted)
     a->List.push_back({FNames.Names[static_cast<size_t>(pairs[i].Name)].Name, std::move(pairs[i].Value)});
-  a->Count = static_cast<int>(shape.Order.size());
+  a->Count = static_cast<int>(order.Sorted.size());
   FPairs.resize(first);
 }
 
@@ -561,11 +482,6 @@ template <class Unit> void TJSONReader<Unit>::Run() {
   FArray = FNames.Intern(u"array", 5);
   FObject = FNames.Intern(u"object", 6);
   FValue = FNames.Intern(u"value", 5);
-  FShapes.resize(256);
-  if constexpr (kBytes) {
-    FKeyCache.resize(512);
-    FTextCache.resize(2048);
-  }
   FStack.reserve(16);
   while (p < end && *p <= ' ')
     ++p;

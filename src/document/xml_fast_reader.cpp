@@ -31,6 +31,7 @@
 // the tree 10.5 M, element starts 7 M, new nodes 5.4 M; pugixml needs 27 M
 // in all.
 #include "document/html_char_classes.h"
+#include "document/reader_caches.h"
 #include "document/unit_scan.h"
 #include "document/utf8_check.h"
 #include "document/xml_reader_internal.h"
@@ -251,32 +252,6 @@ void append_code_point(std::u8string& buf, uint32_t c) {
 
 void append_code_point(std::u16string& buf, uint32_t c) { AppendCodePoint(buf, c); }
 
-// Widens the ASCII bytes in front of s into d; the count widened, n when
-// all are ASCII. Whole vectors go at a time: d has room for n units.
-inline size_t widen_ascii(const char8_t* s, size_t n, char16_t* d) {
-  size_t i = 0;
-#ifdef __SSE2__
-  const __m128i zero = _mm_setzero_si128();
-  for (; i + 16 <= n; i += 16) {
-    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
-    if (_mm_movemask_epi8(v))
-      break;
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), _mm_unpacklo_epi8(v, zero));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i + 8), _mm_unpackhi_epi8(v, zero));
-  }
-  if (i + 8 <= n) {
-    __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(s + i));
-    if (!(_mm_movemask_epi8(v) & 0xFF)) {
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), _mm_unpacklo_epi8(v, zero));
-      i += 8;
-    }
-  }
-#endif
-  for (; i < n && s[i] < 0x80; ++i)
-    d[i] = s[i];
-  return i;
-}
-
 // The run of plain name bytes (letters, digits, '-', '.', ':', '_') from q:
 // both name scans take each of them in, so they may start behind the run.
 inline const char8_t* skip_name_bytes(const char8_t* q, const char8_t* end) {
@@ -304,56 +279,6 @@ inline const char8_t* skip_name_bytes(const char8_t* q, const char8_t* end) {
   }
   return q;
 }
-
-// The names of a byte reader by their bytes, in front of the name table: a
-// name met again costs a hash of its bytes and one compare, no decoding.
-class TByteNames {
-public:
-  TByteNames() : FSlots(512) {}
-
-  // The index in Names of b..b+n, interned there on first sight.
-  int Find(TNameTable& Names, const char8_t* b, size_t n, char16_t* wide) {
-    uint32_t h = HashWords(b, n);
-    size_t mask = FSlots.size() - 1;
-    for (size_t i = h & mask;; i = (i + 1) & mask) {
-      TSlot& s = FSlots[i];
-      if (!s.Bytes) {
-        widen_ascii(b, n, wide); // names of the byte reader are ASCII
-        s = TSlot{b, static_cast<uint32_t>(n), h, Names.Intern(wide, n)};
-        if (++FCount * 2 > FSlots.size())
-          Grow();
-        return s.Index;
-      }
-      if (s.Hash == h && s.Length == n && SameWords(s.Bytes, b, n))
-        return s.Index;
-    }
-  }
-
-private:
-  struct TSlot {
-    const char8_t* Bytes = nullptr; // the first occurrence, in the source
-    uint32_t Length = 0;
-    uint32_t Hash = 0;
-    int Index = 0;
-  };
-
-  void Grow() {
-    std::vector<TSlot> slots(FSlots.size() * 2);
-    size_t mask = slots.size() - 1;
-    for (const TSlot& s : FSlots) {
-      if (!s.Bytes)
-        continue;
-      size_t i = s.Hash & mask;
-      while (slots[i].Bytes)
-        i = (i + 1) & mask;
-      slots[i] = s;
-    }
-    FSlots.swap(slots);
-  }
-
-  std::vector<TSlot> FSlots;
-  size_t FCount = 0;
-};
 
 enum TItemKind { ikText, ikOpen, ikClose, ikComment, ikCData, ikCustom, ikDirective };
 
@@ -428,7 +353,7 @@ private:
   int Intern(const U* b, const U* e) {
     size_t n = static_cast<size_t>(e - b);
     if constexpr (kBytes)
-      return FByteNames.Find(FNames, b, n, Wide(n));
+      return FByteNames.Find(FNames, b, n, end);
     else
       return FNames.Intern(b, n);
   }
@@ -436,7 +361,18 @@ private:
   TName& Tag() { return FNames.Names[static_cast<size_t>(FTag)]; }
   // Short attribute values and blank texts repeat a lot: one copy each.
   TTextCache FValues;
-  hstring MakeText(usv v) { return FValues.Get(Units(v)); }
+  struct TNoShortTexts {};
+  [[no_unique_address]] std::conditional_t<kBytes, TShortTexts, TNoShortTexts> FShortTexts;
+  hstring MakeText(usv v) {
+    if constexpr (kBytes) {
+      if (v.size() - 1 < 16) {
+        // A decoded value lies in FBuffer, whose end bounds the read.
+        const U* lim = v.data() == FBuffer.data() ? v.data() + v.size() : end;
+        return FShortTexts.Get(v.data(), v.size(), lim, [&](const U*, size_t) { return FValues.Get(Units(v)); });
+      }
+    }
+    return FValues.Get(Units(v));
+  }
   void OpenElement(THtXMLNode* n);
   THtXMLNode* NewChild(THtXMLNode* parent, int name);
 
@@ -454,7 +390,7 @@ private:
   // Attributes of the current element start, up to kHeld of them held
   // aside (more go to the batch). Elements of one kind repeat the same names
   // in the same order: the sorted order of such a run of distinct names is
-  // remembered (TOrders), and the next element with that run gets its set
+  // remembered (FOrders), and the next element with that run gets its set
   // built in that order, without the batch's sort and copies.
   static constexpr int kHeld = 16;
   THtAttributeBatch FScratch;
@@ -475,12 +411,7 @@ private:
     }
     ++FAttrs;
   }
-  struct TOrder {
-    int Count = 0;
-    int Names[kHeld]; // name indices in the order met
-    uint8_t Sorted[kHeld]; // positions in Names, in the set's order
-  };
-  TOrder FOrders[16];
+  TNameOrders FOrders;
   void FillAttributes(THtAttributes& a);
   // The close tag is the open element's (set by the fast test in
   // ReadCloseTag); FExpect is that element's tag while its items are read.
@@ -1002,17 +933,13 @@ template <class U> void TReader<U>::FillAttributes(THtAttributes& a) {
     FScratch.MoveTo(a);
     return;
   }
-  uint32_t h = 0;
-  for (int i = 0; i < FAttrs; ++i)
-    h = h * 31 + static_cast<uint32_t>(FHeldName[i]);
-  TOrder& o = FOrders[(h ^ (h >> 4)) & 15];
-  if (o.Count == FAttrs && std::equal(FHeldName, FHeldName + FAttrs, o.Names)) {
-    a.List.reserve(static_cast<size_t>(FAttrs));
-    for (int i = 0; i < FAttrs; ++i) {
-      int k = o.Sorted[i];
+  const size_t n = static_cast<size_t>(FAttrs);
+  auto held = [&](size_t i) { return FHeldName[i]; };
+  if (const TNameOrders::TOrder* o = FOrders.Find(n, held)) {
+    a.List.reserve(n);
+    for (uint32_t k : o->Sorted)
       a.List.push_back(
           THtAttribute{FNames.Names[static_cast<size_t>(FHeldName[k])].Name, std::move(FHeldValue[k])});
-    }
     a.Count = FAttrs;
     return;
   }
@@ -1022,14 +949,14 @@ template <class U> void TReader<U>::FillAttributes(THtAttributes& a) {
   // With distinct names the set's order depends on the names alone.
   if (a.Count != FAttrs)
     return;
-  o.Count = FAttrs;
-  std::copy(FHeldName, FHeldName + FAttrs, o.Names);
-  for (int i = 0; i < FAttrs; ++i) {
-    const char16_t* name = a.List[static_cast<size_t>(i)].Name.Pointer();
-    int k = 0;
+  TNameOrders::TOrder& o = FOrders.Learn(n, held);
+  o.Sorted.resize(n);
+  for (size_t i = 0; i < n; ++i) {
+    const char16_t* name = a.List[i].Name.Pointer();
+    uint32_t k = 0;
     while (FNames.Names[static_cast<size_t>(FHeldName[k])].Name.Pointer() != name)
       ++k;
-    o.Sorted[i] = static_cast<uint8_t>(k);
+    o.Sorted[i] = k;
   }
 }
 
