@@ -97,11 +97,19 @@ private:
   // Whether the raw scalar spells Literal.
   bool RawIs(std::string_view Literal) const;
   void ReadString();
+  // The closing quote of a string from b that ends within 16 bytes; q is on
+  // the first quote, backslash or control behind b. Null when it is longer,
+  // or has a control or a "\x" escape.
+  const Unit* ShortStringEnd(const Unit* b, const Unit* q, Unit quote) const;
+  // Decodes the string from b up to its closing quote, which it returns; the
+  // scan from b stopped at q, with high telling about b..q.
+  const Unit* DecodeString(const Unit* b, const Unit* q, Unit quote, bool high);
   // The end of a string's plain run from q: a quote, backslash or control.
   // Sets high when it passed bytes from 0x80 up.
   const Unit* ScanString(const Unit* q, Unit quote, bool& high);
   void ReadNumber();
   void SetRaw(const Unit* b, const Unit* q) {
+    FKnown = nullptr;
     FRawB = b;
     FRawE = q;
     FRaw = true;
@@ -122,6 +130,7 @@ private:
   const Unit *FRawB = nullptr, *FRawE = nullptr; // the scalar in the source
   bool FRaw = false;
   sv FScalar; // the decoded scalar, in FBuf
+  const hstring* FKnown = nullptr; // the scalar's text, found by its bytes
   std::unique_ptr<char16_t[]> FBuf; // decoded strings
   size_t FBufCap = 0, FBufLen = 0;
   char16_t FWide[32];               // short ASCII scalars widened
@@ -168,6 +177,8 @@ template <class Unit> void TJSONReader<Unit>::Append(const Unit* b, const Unit* 
 }
 
 template <class Unit> sv TJSONReader<Unit>::ScalarView() {
+  if (FKnown)
+    return FKnown->view();
   if (!FRaw)
     return FScalar;
   size_t n = static_cast<size_t>(FRawE - FRawB);
@@ -185,12 +196,14 @@ template <class Unit> sv TJSONReader<Unit>::ScalarView() {
 }
 
 template <class Unit> hstring TJSONReader<Unit>::ScalarText() {
+  if (FKnown)
+    return *FKnown;
   if constexpr (kBytes) {
     size_t n = static_cast<size_t>(FRawE - FRawB);
     if (FRaw && n - 1 < 16)
-      return FShortTexts.Get(FRawB, n, end, [&](const Unit* b, size_t k) {
-        widen_ascii(b, k, FWide);
-        return hstring::ForTree(FWide, k);
+      return FShortTexts.Get(FRawB, n, end, [&](const TShortBytes& key) {
+        widen_short(key, FWide); // raw scalars are ASCII
+        return hstring::ForTree(FWide, key.Len);
       });
   }
   return FValues.Get(ScalarView());
@@ -238,6 +251,19 @@ template <class Unit> bool TJSONReader<Unit>::ReadScalar(TScalar& kind) {
     ReadNumber();
     kind = scNumber;
     return true;
+  }
+  if constexpr (kBytes) {
+    if ((c == 't' || c == 'f' || c == 'n') && end - p >= 6) {
+      size_t n = std::memcmp(p, "true", 4) == 0 || std::memcmp(p, "null", 4) == 0 ? 4
+                 : std::memcmp(p, "false", 5) == 0                               ? 5
+                                                                                  : 0;
+      if (n && p[n] < 0x80 && !IsJSONIdentUnit(p[n])) {
+        SetRaw(p, p + n);
+        p += n;
+        kind = scValue;
+        return true;
+      }
+    }
   }
   if (is_ident_start(c)) {
     const Unit* b = p;
@@ -327,12 +353,57 @@ template <class Unit> void TJSONReader<Unit>::Escape(const Unit*& q) {
 
 template <class Unit> void TJSONReader<Unit>::ReadString() {
   const Unit quote = *p;
-  const Unit* q = p + 1;
-  const Unit* seg = q;
+  const Unit* b = p + 1;
+  bool high = false;
+  const Unit* q = ScanString(b, quote, high);
+  if (q < end && *q == quote && !high) [[likely]] {
+    SetRaw(b, q);
+    p = q + 1;
+    return;
+  }
+  FKnown = nullptr;
+  if constexpr (kBytes) {
+    // A short string with escapes or bytes beyond ASCII is looked up by its
+    // bytes: only its first sight decodes it.
+    if (q < end && (*q == quote ? high : *q == '\\')) {
+      if (const Unit* e = ShortStringEnd(b, q, quote)) {
+        FKnown = &FShortTexts.Get(b, static_cast<size_t>(e - b), end, [&](const TShortBytes&) {
+          if (DecodeString(b, q, quote, high) != e)
+            give_up();
+          return hstring::ForTree(ScalarView());
+        });
+        p = e + 1;
+        return;
+      }
+    }
+  }
+  p = DecodeString(b, q, quote, high) + 1;
+}
+
+template <class Unit> const Unit* TJSONReader<Unit>::ShortStringEnd(const Unit* b, const Unit* q, Unit quote) const {
+  while (q < end && static_cast<size_t>(q - b) <= 16) {
+    Unit c = *q;
+    if (c == quote)
+      return q;
+    if (c == '\\') {
+      // "\x" may take the quote in as a digit: its end is the decoder's.
+      if (end - q < 2 || q[1] == 'x')
+        return nullptr;
+      q += 2;
+    } else if (c < 0x20) {
+      return nullptr;
+    } else {
+      ++q;
+    }
+  }
+  return nullptr;
+}
+
+template <class Unit>
+const Unit* TJSONReader<Unit>::DecodeString(const Unit* b, const Unit* q, Unit quote, bool high) {
+  const Unit* seg = b;
   bool copied = false; // FBuf holds the text so far
-  bool high = false;   // bytes from 0x80 up in the current segment
   for (;;) {
-    q = ScanString(q, quote, high);
     if (q >= end)
       give_up(); // "Unterminated string"
     Unit c = *q;
@@ -350,6 +421,7 @@ template <class Unit> void TJSONReader<Unit>::ReadString() {
     ++q;
     Escape(q);
     seg = ++q;
+    q = ScanString(q, quote, high);
   }
   if (copied || high) {
     if (!copied)
@@ -360,7 +432,7 @@ template <class Unit> void TJSONReader<Unit>::ReadString() {
   } else {
     SetRaw(seg, q);
   }
-  p = q + 1;
+  return q;
 }
 
 // The strict number form; the text is kept as written.

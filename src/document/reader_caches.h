@@ -84,6 +84,21 @@ template <class B> inline TShortBytes short_bytes(const B* b, size_t n, const B*
   return k;
 }
 
+// The 16 bytes of k (zeros beyond its length) widened into d[0..16).
+inline void widen_short(const TShortBytes& k, char16_t* d) {
+#ifdef __SSE2__
+  const __m128i v = _mm_set_epi64x(static_cast<long long>(k.Hi), static_cast<long long>(k.Lo));
+  const __m128i zero = _mm_setzero_si128();
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_unpacklo_epi8(v, zero));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 8), _mm_unpackhi_epi8(v, zero));
+#else
+  for (int i = 0; i < 8; ++i) {
+    d[i] = static_cast<char16_t>((k.Lo >> (8 * i)) & 0xFF);
+    d[i + 8] = static_cast<char16_t>((k.Hi >> (8 * i)) & 0xFF);
+  }
+#endif
+}
+
 // The names of a byte reader by their bytes, in front of the name table.
 // Names of up to 16 bytes are compared as words held in the slot; longer
 // ones against their first occurrence in the source.
@@ -154,13 +169,13 @@ class TShortTexts {
 public:
   TShortTexts() : FSlots(2048) {}
 
-  // The text of b..b+n (1 <= n <= 16), made by Make(b, n) on a miss.
+  // The text of b..b+n (1 <= n <= 16), made by Make(key) on a miss.
   template <class B, class F> const hstring& Get(const B* b, size_t n, const B* end, F&& Make) {
     TShortBytes key = short_bytes(b, n, end);
     TSlot& s = FSlots[key.Hash & (FSlots.size() - 1)];
     if (!(s.Key == key)) {
       s.Key = key;
-      s.Text = Make(b, n);
+      s.Text = Make(key);
     }
     return s.Text;
   }

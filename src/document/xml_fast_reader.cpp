@@ -363,16 +363,17 @@ private:
   TTextCache FValues;
   struct TNoShortTexts {};
   [[no_unique_address]] std::conditional_t<kBytes, TShortTexts, TNoShortTexts> FShortTexts;
-  hstring MakeText(usv v) {
+  // Bytes are looked up by themselves; lim bounds what may be read from
+  // v.data(): the end of the source, or of the buffer v lies in.
+  hstring MakeText(usv v, const U* lim) {
     if constexpr (kBytes) {
-      if (v.size() - 1 < 16) {
-        // A decoded value lies in FBuffer, whose end bounds the read.
-        const U* lim = v.data() == FBuffer.data() ? v.data() + v.size() : end;
-        return FShortTexts.Get(v.data(), v.size(), lim, [&](const U*, size_t) { return FValues.Get(Units(v)); });
-      }
+      if (v.size() - 1 < 16)
+        return FShortTexts.Get(v.data(), v.size(), lim, [&](const TShortBytes&) { return FValues.Get(Units(v)); });
     }
     return FValues.Get(Units(v));
   }
+  // A decoded value lies in FBuffer.
+  hstring MakeText(usv v) { return MakeText(v, v.data() == FBuffer.data() ? v.data() + v.size() : end); }
   void OpenElement(THtXMLNode* n);
   THtXMLNode* NewChild(THtXMLNode* parent, int name);
 
@@ -427,7 +428,7 @@ private:
   bool FSpaceSeen = false; // the current tag has an xml:space attribute
   // Blank text waiting for the open elements, one buffer per depth: appending
   // to FContent piece by piece would copy it each time.
-  std::vector<std::u16string> FPending;
+  std::vector<std::basic_string<U>> FPending; // blanks are ASCII
   size_t FDepth = 0;
   TPendingChildren FKids;
   void Descend() {
@@ -438,12 +439,12 @@ private:
   }
   void Flush(THtXMLNode* n) {
     FKids.Up(n);
-    std::u16string& b = FPending[FDepth];
+    std::basic_string<U>& b = FPending[FDepth];
     if (!b.empty()) {
       if (n->FContent.empty())
-        n->FContent = FValues.Get(b);
+        n->FContent = MakeText(b, b.data() + b.size());
       else
-        n->FContent += sv(b);
+        n->FContent += Units(b);
     }
     b.clear();
   }
@@ -1068,10 +1069,7 @@ template <class U> void TReader<U>::Walk(THtXMLNode*& cur) {
       continue;
     case ikText:
       if (!cur->FPreserveSpace && is_blank_text(FValue)) {
-        std::u16string& b = FPending[FDepth];
-        size_t at = b.size();
-        b.resize(at + FValue.size());
-        std::copy(FValue.begin(), FValue.end(), b.begin() + static_cast<ptrdiff_t>(at)); // blanks are ASCII
+        FPending[FDepth] += FValue;
         continue;
       }
       if (FKids.Empty() && cur->FContent.empty() && FPending[FDepth].empty()) {

@@ -94,6 +94,17 @@ TEST(JsonReaderUtf8, GivesTheTreeOfTheDecodedText) {
       "{\"b\":1,\"a\":2,\"b\":3}", "{\"b\":1,\"a\":{},\"b\":[2]}", "{\"\":1}", "{\"\":{}}",
       "[{\"y\":1,\"x\":2},{\"y\":3,\"x\":4},{\"x\":5,\"y\":6},{\"y\":7,\"y\":8,\"x\":9},{\"y\":1,\"x\":2,\"z\":3}]",
       "[{\"B\":1,\"a\":2,\"_\":3,\"\xC3\xA9\":4,\"A\":5,\"ab\":6,\"a\":7}]",
+      // short texts met again are taken by their bytes: escaped, beyond
+      // ASCII, in either quote, as keys and values, near the end of the text
+      "[\"a\\nb\",\"a\\nb\",'a\\nb',{\"a\\nb\":\"a\\nb\"},\"\\u00e9\",\"\\u00e9\",\"\xC3\xA9\",\"\xC3\xA9\"]",
+      "[\"\\ud83d\",\"\\ud83d\",\"\\ud83d\\ude00\",\"\\ud83d\\ude00\",\"x\\ude00\",\"x\\ude00\"]",
+      "[\"a\\x\"1\",\"a\\x\"1\"]", "[\"\\x41\",\"\\x41\"]", "[\"ab\",'ab',\"ab\"]",
+      "[\"" + repeat("\\n", 8) + "\",\"" + repeat("\\n", 8) + "\",\"" + repeat("\\n", 9) + "\"]",
+      "[\"\\u00e9\\u00e9\\u00e9x\",\"\\u00e9\\u00e9\\u00e9x\"]", "[1,\"\\t\"]", "\"\\t\"",
+      // literals, and names that start like them
+      "[true,false,null,truex,nullish,false_]", "{\"t\":true}", "[true", "[fals]", "[nul]",
+      // long keys met again
+      "[{\"" + std::string(20, 'k') + "\":1},{\"" + std::string(20, 'k') + "\":2,\"" + std::string(19, 'k') + "\":3}]",
       // depth at the limit and beyond it
       std::string(1024, '[') + std::string(1024, ']'), std::string(1025, '[') + std::string(1025, ']'),
   };
@@ -106,6 +117,7 @@ TEST(JsonReaderUtf8, ReadsWellFormedBytesWithoutDecodingTheWholeText) {
   const std::vector<std::pair<std::string, bool>> cases = {
       {"{\"a\":1,\"b\":[\"x\\n\",{\"c\":null}],\"d\":\"caf\xC3\xA9\"}", true},
       {"[\"\\u00e9\"]", true},
+      {"[\"a\\nb\",\"a\\nb\",\"\xC3\xA9\",\"\xC3\xA9\",true,false,null]", true},
       {"{a: 'b'}", true},
       {"[\"\xC3\"]", true}, // decoded as the text would be
       {"{caf\xC3\xA9: 1}", false},
