@@ -417,6 +417,30 @@ private:
   // The close tag is the open element's (set by the fast test in
   // ReadCloseTag); FExpect is that element's tag while its items are read.
   bool FCloseMatched = false;
+  // The byte reader compares a close tag with the bytes of its element's
+  // start tag, per open element; FPlain tells per name whether a close tag
+  // that spells it is read as it stands (-1: not known yet).
+  struct TOpen {
+    const U* Bytes = nullptr;
+    int Tag = -1;
+  };
+  std::vector<TOpen> FOpen;
+  std::vector<int8_t> FPlain;
+  const U* FTagStart = nullptr;
+  bool Plain(int k) {
+    if (static_cast<size_t>(k) >= FPlain.size())
+      FPlain.resize(FNames.Names.size(), -1);
+    int8_t& r = FPlain[static_cast<size_t>(k)];
+    if (r < 0) {
+      // The units the direct compare below takes in.
+      sv t = FNames.Names[static_cast<size_t>(k)].Name.view();
+      bool ok = !t.empty() && t[0] < 0x80 && tag_class(t[0]) <= 1 && t[0] >= u' ';
+      for (size_t i = 1; ok && i < t.size(); ++i)
+        ok = t[i] < 0x80 && t[i] != u'/' && t[i] != 0 && tag_class(t[i]) < 2;
+      r = ok;
+    }
+    return r;
+  }
   const hstring* FExpect = nullptr;
   std::basic_string<U> FBuffer;
   std::u16string FWide; // decoded bytes on their way into the tree
@@ -433,8 +457,10 @@ private:
   TPendingChildren FKids;
   void Descend() {
     FKids.Down();
-    if (++FDepth == FPending.size())
+    if (++FDepth == FPending.size()) {
       FPending.emplace_back();
+      FOpen.emplace_back();
+    }
     FPending[FDepth].clear();
   }
   void Flush(THtXMLNode* n) {
@@ -762,6 +788,7 @@ template <class U> void TReader<U>::ReadTag() {
     p = ScanIdent(b);
   }
   FTag = Intern(b, p);
+  FTagStart = b;
   FClosed = false;
   FKind = ikText; // until the '>' is seen
   for (;;) {
@@ -837,6 +864,19 @@ template <class U> void TReader<U>::ReadCloseTag() {
   U c = *p;
   // Mostly the open element's tag and '>': compared directly, as long as the
   // name scan below would take in each unit of the tag.
+  if constexpr (kBytes) {
+    if (FExpect) {
+      const TOpen& o = FOpen[FDepth];
+      size_t n = FExpect->size();
+      if (static_cast<size_t>(end - p) > n && p[n] == u'>' && Plain(o.Tag) && SameWords(p, o.Bytes, n)) {
+        FCloseName = usv(p, n);
+        p += n + 1;
+        FKind = ikClose;
+        FCloseMatched = true;
+        return;
+      }
+    }
+  }
   if (FExpect) {
     size_t n = FExpect->size();
     const char16_t* t = FExpect->c_str();
@@ -1029,6 +1069,8 @@ template <class U> void TReader<U>::Run() {
     return;
   THtXMLNode* cur = &FNode;
   FPending.resize(1);
+  FOpen.resize(1);
+  FOpen[0] = {FTagStart, FTag};
   FDepth = 0;
   Walk(cur);
   for (;;) {
@@ -1088,6 +1130,7 @@ template <class U> void TReader<U>::Walk(THtXMLNode*& cur) {
       if (!FClosed) {
         cur = child;
         Descend();
+        FOpen[FDepth] = {FTagStart, FTag};
       }
       continue;
     }

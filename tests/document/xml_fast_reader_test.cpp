@@ -316,6 +316,16 @@ TEST(XMLFastReader, BytesGiveTheTreeOfTheirDecodedText) {
       {"<a><!--x\xC3\xA9", false},
       {"<a><![CDATA[x\xC3\xA9]", false},
       {"<a><!--\xC3\xA9--", true},
+      // Close tags compared with their start tag's bytes: names the direct
+      // compare must not take (a slash, a mark the name scan stops at), names
+      // that only start alike, and blank runs kept as bytes between them.
+      {"<a/b>x</a/b>", true},
+      {"<a[b>x</a[b>", true},
+      {"<ab><abc/>\n  <a>x</a>\n</ab >", true},
+      {"<ab>\n \t<c>\n</c>\n<c x='\n  '> </c>\n  \n</ab>", true},
+      {"<abcdefghijklmnopq><abcdefghijklmnopq>y</abcdefghijklmnopq></abcdefghijklmnopq>", true},
+      {"<a>x</ab>", false},
+      {"<ab>x</a>", false},
   };
   for (const auto& c : kCases) {
     std::string bytes = c.text;
