@@ -380,7 +380,8 @@ template <class Unit> void TJSONReader<Unit>::ReadString() {
   p = DecodeString(b, q, quote, high) + 1;
 }
 
-template <class Unit> const Unit* TJSONReader<Unit>::ShortStringEnd(const Unit* b, const Unit* q, Unit quote) const {
+template <class Unit>
+const Unit* TJSONReader<Unit>::ShortStringEnd(const Unit* b, const Unit* q, Unit quote) const {
   while (q < end && static_cast<size_t>(q - b) <= 16) {
     Unit c = *q;
     if (c == quote)

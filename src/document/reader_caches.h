@@ -127,7 +127,7 @@ public:
 
 private:
   struct TSlot {
-    TShortBytes Key; // Lo and Hi stay 0 beyond 16 bytes
+    TShortBytes Key;                // Lo and Hi stay 0 beyond 16 bytes
     const uint8_t* Bytes = nullptr; // the first occurrence, in the source
     int Index = -1;
   };

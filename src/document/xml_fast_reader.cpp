@@ -368,9 +368,32 @@ private:
   hstring MakeText(usv v, const U* lim) {
     if constexpr (kBytes) {
       if (v.size() - 1 < 16)
-        return FShortTexts.Get(v.data(), v.size(), lim, [&](const TShortBytes&) { return FValues.Get(Units(v)); });
+        return FShortTexts.Get(v.data(), v.size(), lim,
+                               [&](const TShortBytes&) { return hstring::ForTree(Units(v)); });
     }
     return FValues.Get(Units(v));
+  }
+  // The blanks of an element with children repeat from element to element
+  // and run longer than a short text: one copy each, by their bytes.
+  struct TBlank {
+    uint32_t Hash = 0;
+    std::basic_string<U> Bytes;
+    hstring Text;
+  };
+  std::vector<TBlank> FBlanks;
+  hstring Blank(const std::basic_string<U>& b) {
+    if (b.size() <= 16 || b.size() > 256)
+      return MakeText(b, b.data() + b.size());
+    if (FBlanks.empty())
+      FBlanks.resize(256);
+    uint32_t h = HashWords(b.data(), b.size());
+    TBlank& s = FBlanks[h & (FBlanks.size() - 1)];
+    if (s.Hash != h || s.Bytes != b) {
+      s.Hash = h;
+      s.Bytes = b;
+      s.Text = hstring::ForTree(Units(b));
+    }
+    return s.Text;
   }
   // A decoded value lies in FBuffer.
   hstring MakeText(usv v) { return MakeText(v, v.data() == FBuffer.data() ? v.data() + v.size() : end); }
@@ -468,7 +491,7 @@ private:
     std::basic_string<U>& b = FPending[FDepth];
     if (!b.empty()) {
       if (n->FContent.empty())
-        n->FContent = MakeText(b, b.data() + b.size());
+        n->FContent = Blank(b);
       else
         n->FContent += Units(b);
     }

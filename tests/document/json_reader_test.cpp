@@ -104,7 +104,8 @@ TEST(JsonReaderUtf8, GivesTheTreeOfTheDecodedText) {
       // literals, and names that start like them
       "[true,false,null,truex,nullish,false_]", "{\"t\":true}", "[true", "[fals]", "[nul]",
       // long keys met again
-      "[{\"" + std::string(20, 'k') + "\":1},{\"" + std::string(20, 'k') + "\":2,\"" + std::string(19, 'k') + "\":3}]",
+      "[{\"" + std::string(20, 'k') + "\":1},{\"" + std::string(20, 'k') + "\":2,\"" + std::string(19, 'k') +
+          "\":3}]",
       // depth at the limit and beyond it
       std::string(1024, '[') + std::string(1024, ']'), std::string(1025, '[') + std::string(1025, ']'),
   };

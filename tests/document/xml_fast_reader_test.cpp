@@ -324,6 +324,9 @@ TEST(XMLFastReader, BytesGiveTheTreeOfTheirDecodedText) {
       {"<ab><abc/>\n  <a>x</a>\n</ab >", true},
       {"<ab>\n \t<c>\n</c>\n<c x='\n  '> </c>\n  \n</ab>", true},
       {"<abcdefghijklmnopq><abcdefghijklmnopq>y</abcdefghijklmnopq></abcdefghijklmnopq>", true},
+      {"<r>\n                    <a>\n                      <b/>\n                    </a>\n                    <a>\n"
+       "                      <b/>\n                    </a>\n</r>",
+       true},
       {"<a>x</ab>", false},
       {"<ab>x</a>", false},
   };
