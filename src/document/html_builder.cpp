@@ -481,18 +481,27 @@ void THtmlNode::ParseAttributes(const hstring& s) {
   ParseAttributes(HP);
 }
 
+namespace {
+
+// The whole of a parse into `root`, whose children are gone already.
+void BuildTree(THtmlNode& root, THtmlParser& HP) {
+  HP.Root = &root;
+  HP.GlobalRoot = &root;
+  root.InternalParse(HP);
+  if (!root.FParent && !root.FindNode(u"body") && !root.FindNode(u"html")) {
+    root.SetTag(u"body");
+    root.TagType = htIdent;
+  }
+}
+
+} // namespace
+
 void THtmlNode::Parse(const hstring& HTML, bool AIgnoreMetaEncoding) {
   TNodePoolScope pool;
   DeleteAllChildren();
   THtmlParser HP(HTML, false);
   HP.IgnoreMetaEncoding = AIgnoreMetaEncoding;
-  HP.Root = this;
-  HP.GlobalRoot = this;
-  InternalParse(HP);
-  if (!FParent && !FindNode(u"body") && !FindNode(u"html")) {
-    SetTag(u"body");
-    TagType = htIdent;
-  }
+  BuildTree(*this, HP);
 }
 
 void THtmlNode::SetInnerHTML(const hstring& Value) {
@@ -562,13 +571,29 @@ hstring Utf16Bytes(const unsigned char* p, size_t len, bool big_endian) {
   return s;
 }
 
+// UTF-8 is read a window at a time, without a UTF-16 copy of the whole
+// input; the tree is the one Parse(Utf8ToHString(bytes), true) builds.
+void parse_utf8(THtmlNode& root, std::string_view bytes) {
+  // What the text parser takes for a byte order mark read in code page 1251
+  // recodes the rest of the text as a whole: that stays with it.
+  if (bytes.starts_with("\xD0\xBF\xC2\xBB\xD1\x97")) {
+    root.Parse(DecodeCodePage(bytes.data(), bytes.size(), kCodePageUtf8), true);
+    return;
+  }
+  TNodePoolScope pool;
+  root.DeleteAllChildren();
+  THtmlParser HP(bytes);
+  HP.IgnoreMetaEncoding = true;
+  BuildTree(root, HP);
+}
+
 } // namespace
 
 void THtmlNode::ParseBytes(const void* Data, size_t Len) {
   const auto* p = static_cast<const unsigned char*>(Data);
   const char* bytes = static_cast<const char*>(Data);
   if (Len >= 3 && p[0] == 0xEF && p[1] == 0xBB && p[2] == 0xBF) {
-    Parse(DecodeCodePage(bytes + 3, Len - 3, kCodePageUtf8), true);
+    parse_utf8(*this, std::string_view(bytes + 3, Len - 3));
     return;
   }
   if (Len >= 2 && ((p[0] == 0xFF && p[1] == 0xFE) || (p[0] == 0xFE && p[1] == 0xFF))) {
@@ -580,6 +605,10 @@ void THtmlNode::ParseBytes(const void* Data, size_t Len) {
   int codepage = GetHTMLEncoding(p, scan);
   if (!codepage && IsUTF8Bytes(p, scan))
     codepage = kCodePageUtf8;
+  if (codepage == kCodePageUtf8) {
+    parse_utf8(*this, std::string_view(bytes, Len));
+    return;
+  }
   if (codepage) {
     Parse(DecodeCodePage(bytes, Len, codepage), true);
     return;

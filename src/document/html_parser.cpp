@@ -1,3 +1,18 @@
+// The HTML item reader. Over UTF-8 bytes it reads a window of decoded text
+// instead of a UTF-16 copy of the whole input: the copy was two bytes per
+// input byte, written once and read once, and the largest share of a parse's
+// peak memory and page faults. A tokenizer over the bytes themselves would
+// have to repeat every scan, every unit count ("&" and its 25 units) and every
+// quirk for a second unit type; the window keeps the one tokenizer as it is.
+//
+// Each item is read in the window as it stands. A scan never reads more than
+// kLookahead units beyond where it leaves the cursor, and the cursor never
+// goes back, so an item that ends further than that from the window's end
+// read exactly what it would have read in the whole text. One that ends
+// nearer (a long script, an unclosed comment, the last bytes of a window) is
+// read again from the state it started in, over a window twice as long.
+// Windows are cut before an ASCII byte, where the decoder keeps no state, so
+// they decode as the whole input would.
 #include "htcore/document/html_parser.h"
 
 #include "document/html_char_classes.h"
@@ -5,6 +20,7 @@
 #include "document/utf8_check.h"
 #include "htcore/document/html_node.h"
 #include "htcore/foundation/codepage.h"
+#include "foundation/utf8_decode.h"
 #include "htcore/foundation/text_utils.h"
 
 #include <cstring>
@@ -14,6 +30,8 @@
 namespace ht {
 
 namespace {
+
+constexpr ptrdiff_t kLookahead = 64; // beyond the cursor, the furthest any scan reads
 
 inline char16_t lower_ascii(char16_t c) { return CharLower(c); }
 
@@ -114,7 +132,81 @@ THtmlParser::THtmlParser(const hstring& s, bool AXMLMode)
     InternName(TagList, u"*", 1);
 }
 
+THtmlParser::THtmlParser(std::string_view Utf8, size_t WindowBytes) : THtmlParser(hstring(), false) {
+  FRest = Utf8;
+  FWindowBytes = WindowBytes ? WindowBytes : 1;
+  Refill(FWindowBytes);
+  // The start as the text constructor takes it; a text that starts with what
+  // a UTF-8 byte order mark reads as in code page 1251 is not for this one.
+  TStringParser& sp = Tokenizer.Parser;
+  if (*sp.p == 0xFEFF && (sp.pend - sp.p > 1 || !FRest.empty()))
+    sp.Skip(1);
+}
+
 THtmlParser::~THtmlParser() = default;
+
+void THtmlParser::Refill(size_t Bytes) {
+  THTMLTokenizer& T = Tokenizer;
+  TStringParser& sp = T.Parser;
+  size_t n = Bytes < FRest.size() ? Bytes : FRest.size();
+  while (n < FRest.size() && static_cast<uint8_t>(FRest[n]) >= 0x80)
+    ++n;
+  const size_t tail = static_cast<size_t>(sp.pend - sp.p);
+  hstring window;
+  if (char16_t* d = window.SetLength(tail + n)) { // never more units than bytes
+    std::memcpy(d, sp.p, tail * sizeof(char16_t));
+    const auto* b = reinterpret_cast<const uint8_t*>(FRest.data());
+    window.Truncate(static_cast<size_t>(detail::DecodeUtf8(b, b + n, d + tail) - d));
+  }
+  T.Base += static_cast<int>(sp.p - sp.Start());
+  FRest.remove_prefix(n);
+  sp.Init(window);
+}
+
+bool THtmlParser::NextItem() {
+  if (FRest.empty() || RepeatCurrent)
+    return ReadItem();
+  TStringParser& sp = Tokenizer.Parser;
+  // Refilled when an eighth of a window is left unread.
+  if (static_cast<size_t>(sp.pend - sp.p) * 8 < FWindowBytes)
+    Refill(FWindowBytes);
+  return FRest.empty() ? ReadItem() : ReadItemInWindow();
+}
+
+// An item read while more input waits behind the window; see the top of the file.
+bool THtmlParser::ReadItemInWindow() {
+  THTMLTokenizer& T = Tokenizer;
+  TStringParser& sp = T.Parser;
+  // What an item reads of the state the one before left.
+  const int at = T.Offset();
+  const THTMLTokenType token_type = T.TokenType, tag_type = TagType;
+  const bool in_tag = T.InTag, eof = T.Eof;
+  const int token_start = T.TokenStart, token_end = T.TokenEnd, start_pos = StartPos;
+  const hstring token = T.Token, value = Value;
+  // Only ever an interned name or empty, so the name table keeps it alive.
+  const char16_t* const current_tag = T.CurrentTag.Pointer();
+  const int current_tag_len = T.CurrentTag.Length();
+  for (;;) {
+    bool more = ReadItem();
+    if (FRest.empty() || sp.pend - sp.p > kLookahead)
+      return more;
+    sp.p = sp.Start() + (at - T.Base);
+    T.TokenType = token_type;
+    TagType = tag_type;
+    T.InTag = in_tag;
+    T.Eof = eof;
+    T.TokenStart = token_start;
+    T.TokenEnd = token_end;
+    StartPos = start_pos;
+    T.Token = token;
+    Value = value;
+    if (current_tag)
+      T.CurrentTag = InternName(TagList, current_tag, current_tag_len);
+    else
+      T.CurrentTag.clear();
+    Refill(2 * static_cast<size_t>(sp.pend - sp.p) + FWindowBytes);
+  }
+}
 
 void THtmlParser::vLower(hstring& s) const {
   if (!FCaseSensitive)
@@ -126,7 +218,7 @@ void THtmlParser::SetCaseSensitive(bool v) {
   Tokenizer.CaseSensitive = v;
 }
 
-bool THtmlParser::NextItem() {
+bool THtmlParser::ReadItem() {
   THTMLTokenizer& T = Tokenizer;
   if (RepeatCurrent) {
     RepeatCurrent = false;
@@ -163,7 +255,7 @@ bool THtmlParser::NextItem() {
     T.TokenType = htTagEnd;
     T.InTag = false;
     sp.p = name_end + 1;
-    T.TokenStart = static_cast<int>(name_end - sp.Start());
+    T.TokenStart = T.Base + static_cast<int>(name_end - sp.Start());
     T.TokenEnd = T.TokenStart + 1;
     Tag = T.Token;
     if (capital)
@@ -172,7 +264,7 @@ bool THtmlParser::NextItem() {
     IsCloseTag = true;
     if (!IgnoreMetaEncoding && equals_ignore_case(Tag.view(), u"meta"))
       ApplyMetaCharset();
-    StartPos = static_cast<int>(lt - sp.Start());
+    StartPos = T.Base + static_cast<int>(lt - sp.Start());
     return !T.Eof;
   }
 
@@ -180,7 +272,7 @@ bool THtmlParser::NextItem() {
   bool found = false;
   if (fast_open) {
     // "<name": the '<' token, then the name as the tag reader takes it.
-    item_start = static_cast<int>(lt - sp.Start());
+    item_start = T.Base + static_cast<int>(lt - sp.Start());
     T.InTag = true;
     T.TokenType = htTagStart;
     sp.p = lt + 1;

@@ -22,6 +22,12 @@
 // and GlobalRoot are set by the builder; when a meta charset changes the
 // encoding, the nodes built so far under Root are recoded. IncorrectStack and
 // FStackLevel belong to the builder.
+//
+// From UTF-8 bytes (HTML mode, meta charsets ignored), the text is decoded a
+// window at a time instead of whole; items, offsets and repairs are those of
+// the parser over the decoded text:
+//
+//   ht::THtmlParser hp(std::string_view(bytes.data(), bytes.size()));
 #pragma once
 
 #include "htcore/document/attributes.h"
@@ -33,6 +39,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <string_view>
 
 namespace ht {
 
@@ -43,6 +50,10 @@ class THtmlNode;
 class THtmlParser {
 public:
   explicit THtmlParser(const hstring& s, bool AXMLMode = false);
+  // HTML from UTF-8 bytes without a byte order mark; the bytes must outlive the
+  // parser. WindowBytes is how much is decoded at a time (any size gives the
+  // same items; tests use tiny ones).
+  explicit THtmlParser(std::string_view Utf8, size_t WindowBytes = 64 * 1024);
   ~THtmlParser();
   THtmlParser(const THtmlParser&) = delete;
   THtmlParser& operator=(const THtmlParser&) = delete;
@@ -85,7 +96,12 @@ public:
 
 private:
   THtAttributeBatch FTagAttributes; // the current tag's, into Attributes at its end
+  std::string_view FRest;           // UTF-8 bytes not decoded yet
+  size_t FWindowBytes = 0;
 
+  bool ReadItem();
+  bool ReadItemInWindow();
+  void Refill(size_t Bytes);
   void ReadAttribute();
   void ApplyMetaCharset();
   [[noreturn]] void ValueExpected();

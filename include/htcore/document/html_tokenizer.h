@@ -57,8 +57,9 @@ public:
   bool CaseSensitive = false;
   THTMLTokenType TokenType = htUnknown;
   hstring Token;
-  int TokenStart = 0; // 0-based unit offsets into the current text
+  int TokenStart = 0; // 0-based unit offsets into the whole text
   int TokenEnd = 0;
+  int Base = 0; // offset of Parser's text in the whole text, when that is decoded a window at a time
   bool Eof = false;
   bool XMLMode = false;
   THtStringRecDictionary* TagList = nullptr; // not owned; tag names are interned here when set
@@ -85,7 +86,7 @@ public:
   void ReadText();
   void ReadString();
 
-  int Offset() const { return static_cast<int>(Parser.p - Parser.Start()); }
+  int Offset() const { return Base + static_cast<int>(Parser.p - Parser.Start()); }
 
 private:
   // Text from b up to `stop` (not consumed) or the end, entities decoded.
