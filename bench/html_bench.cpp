@@ -12,7 +12,9 @@
 // generated page, "concat-20MB" (the documents joined until 20 MB) and
 // "small-pages" (bench/data/small/*.html, each parsed as a page of its own).
 // Memory/LIB/INPUT measure one parse: peak RSS added and bytes held, over the
-// input size, and bytes per node.
+// input size, and bytes per node. HtcoreText is htcore from a UTF-16 copy of
+// the whole input (Parse(Utf8ToHString(bytes))), the way UTF-8 was read before
+// the window reader: the same tree, for comparison.
 #include "htcore/document/html_node.h"
 #include "htcore/foundation/fast_string.h"
 
@@ -435,6 +437,12 @@ void register_per_input() {
       doc.ParseBytes(page.data(), page.size());
       benchmark::DoNotOptimize(doc.FNodes);
     });
+    // The same tree from a UTF-16 copy of the whole page, as ParseBytes read UTF-8 before.
+    register_parse("HtcoreText", set, [](const std::string& page) {
+      ht::THtmlNode doc;
+      doc.Parse(ht::Utf8ToHString(page), true);
+      benchmark::DoNotOptimize(doc.FNodes);
+    });
   }
   // Memory: all pages of an input held at once, as a reader of them would.
   for (const TPageSet& set : page_sets()) {
@@ -444,6 +452,16 @@ void register_per_input() {
       for (const std::string& page : set.pages) {
         held.push_back(std::make_unique<ht::THtmlNode>());
         held.back()->ParseBytes(page.data(), page.size());
+        nodes += count_nodes(held.back().get());
+      }
+      sample(nodes);
+    });
+    register_memory("HtcoreText", set, [](const TPageSet& set, const auto& sample) {
+      std::vector<std::unique_ptr<ht::THtmlNode>> held;
+      int64_t nodes = 0;
+      for (const std::string& page : set.pages) {
+        held.push_back(std::make_unique<ht::THtmlNode>());
+        held.back()->Parse(ht::Utf8ToHString(page), true);
         nodes += count_nodes(held.back().get());
       }
       sample(nodes);
