@@ -135,6 +135,7 @@ THtmlParser::THtmlParser(const hstring& s, bool AXMLMode)
 THtmlParser::THtmlParser(std::string_view Utf8, size_t WindowBytes) : THtmlParser(hstring(), false) {
   FRest = Utf8;
   FWindowBytes = WindowBytes ? WindowBytes : 1;
+  IgnoreMetaEncoding = true;
   Refill(FWindowBytes);
   // The start as the text constructor takes it; a text that starts with what
   // a UTF-8 byte order mark reads as in code page 1251 is not for this one.
@@ -501,7 +502,8 @@ void THtmlParser::ValueExpected() {
 }
 
 void THtmlParser::ApplyMetaCharset() {
-  if (!Attributes || FEncodingProcessed)
+  // Bytes read a window at a time are UTF-8 whatever they declare.
+  if (!Attributes || FEncodingProcessed || FWindowBytes)
     return;
   hstring charset;
   if (equals_ignore_case(Attributes->GetAttribute(u"http-equiv"_hs).view(), u"content-type"))
