@@ -6,6 +6,7 @@
 #include "htcore/foundation/hash.h"
 #include "htcore/foundation/number_format.h"
 #include "htcore/foundation/text_utils.h"
+#include "foundation/node_pool_batch.h"
 
 #include <string>
 #include <vector>
@@ -63,9 +64,14 @@ TDateTime ReadDate(const hstring& value, std::u16string_view mask) {
 } // namespace
 
 THtNode::~THtNode() {
-  delete FAttributes;
-  if (!FNodes)
+  if (!FNodes || FNodes->GetCount() == 0) {
+    delete FAttributes;
+    delete FNodes;
     return;
+  }
+  // One atomic step per pool chunk instead of one per freed block.
+  detail::TPoolFreeBatch batch;
+  delete FAttributes;
   // Free the subtree without recursion: pending nodes are chained through
   // FNextSibling, and each node's children join the chain before it is freed,
   // so its own destructor finds an empty list.

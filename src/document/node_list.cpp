@@ -4,6 +4,7 @@
 #include "htcore/document/node.h"
 #include "htcore/foundation/convert.h"
 #include "htcore/foundation/exception.h"
+#include "foundation/node_pool_batch.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -169,7 +170,10 @@ void THtNodeList::Move(int CurIndex, int NewIndex) {
 }
 
 // Each freed node frees its own subtree, without recursion.
-void THtNodeList::Clear() { THtObjectList::Clear(); }
+void THtNodeList::Clear() {
+  detail::TPoolFreeBatch batch;
+  THtObjectList::Clear();
+}
 
 // Puts the items back in a new order, freeing and notifying nothing.
 void THtNodeList::Reorder(const std::vector<THtNode*>& Items) {

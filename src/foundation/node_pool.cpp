@@ -33,6 +33,7 @@
 // chunk is a root region for the leak checker, which sees the strings that
 // pooled nodes hold.
 #include "htcore/foundation/node_pool.h"
+#include "foundation/node_pool_batch.h"
 
 #include <algorithm>
 #include <atomic>
@@ -209,6 +210,20 @@ struct TThreadPool {
 
 thread_local TThreadPool t_pool;
 
+// The frees of a batch that wait for their chunk (see node_pool_batch.h).
+// Trivially destructible, so reaching it costs no guard.
+struct TFreeBatch {
+  char* Chunk;
+  int64_t Count;
+  int Depth;
+};
+constinit thread_local TFreeBatch t_batch{nullptr, 0, 0};
+
+void drop_blocks(char* c, int64_t n) noexcept {
+  if (reinterpret_cast<TChunkHead*>(c)->Live.fetch_sub(n, std::memory_order_acq_rel) == n)
+    release_chunk(c);
+}
+
 } // namespace
 
 namespace detail {
@@ -249,9 +264,31 @@ bool PoolFreeIfPooled(void* P, std::size_t Size) noexcept {
   HT_POISON(P, Size ? (Size + 7) & ~size_t(7) : 8);
   (void)Size;
   char* c = reinterpret_cast<char*>(P) - (off & (kChunk - 1));
-  if (reinterpret_cast<TChunkHead*>(c)->Live.fetch_sub(1, std::memory_order_acq_rel) == 1)
-    release_chunk(c);
+  TFreeBatch& b = t_batch;
+  if (b.Depth == 0) {
+    drop_blocks(c, 1);
+  } else if (c == b.Chunk) {
+    ++b.Count;
+  } else {
+    if (b.Chunk)
+      drop_blocks(b.Chunk, b.Count);
+    b.Chunk = c;
+    b.Count = 1;
+  }
   return true;
+}
+
+void PoolFreeBatchBegin() noexcept { ++t_batch.Depth; }
+
+void PoolFreeBatchEnd() noexcept {
+  TFreeBatch& b = t_batch;
+  if (--b.Depth == 0 && b.Chunk) {
+    char* c = b.Chunk;
+    int64_t n = b.Count;
+    b.Chunk = nullptr;
+    b.Count = 0;
+    drop_blocks(c, n);
+  }
 }
 
 void PoolFree(void* P, std::size_t Size) noexcept {

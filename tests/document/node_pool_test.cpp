@@ -4,6 +4,7 @@
 #include "htcore/document/html_node.h"
 #include "htcore/document/xml_node.h"
 #include "htcore/foundation/node_pool.h"
+#include "foundation/node_pool_batch.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -176,6 +177,74 @@ TEST(NodePool, TreeMadeOnOneThreadIsFreedOnAnother) {
   std::thread([&] { doc2.reset(); }).join();
   THtXMLNode again(catalogue(100));
   EXPECT_EQ(again.GetCount(), 100);
+}
+
+// Blocks of several chunks freed in one batch, in an order that comes back
+// to each chunk twice: each chunk goes back once the count of its last block
+// reaches it, and the chunk still waiting when the batch ends goes then.
+TEST(NodePool, BatchedFreesReleaseEachChunkOnce) {
+  if (!detail::NodePoolStats().Enabled)
+    GTEST_SKIP() << "no pool on this machine";
+  constexpr std::size_t kBlock = 512;
+  constexpr std::size_t kPerChunk = detail::kPoolChunk / kBlock;
+  const std::size_t before = detail::NodePoolStats().ChunksHeld;
+  std::vector<void*> blocks;
+  {
+    TNodePoolScope scope;
+    for (std::size_t i = 0; i < 6 * kPerChunk; ++i)
+      blocks.push_back(detail::PoolAlloc(kBlock));
+  }
+  ASSERT_GE(detail::NodePoolStats().ChunksHeld, before + 6);
+  {
+    detail::TPoolFreeBatch batch;
+    // Odd blocks first, from the last to the first, then the even ones.
+    for (std::size_t i = blocks.size(); i-- > 0;)
+      if (i % 2)
+        detail::PoolFree(blocks[i], kBlock);
+    {
+      detail::TPoolFreeBatch inner; // nested batches end with the outermost
+      for (std::size_t i = blocks.size(); i-- > 0;)
+        if (i % 2 == 0)
+          detail::PoolFree(blocks[i], kBlock);
+    }
+    // The first chunk's last frees still wait in the batch.
+    EXPECT_GE(detail::NodePoolStats().ChunksHeld, before + 1);
+  }
+  EXPECT_LE(detail::NodePoolStats().ChunksHeld, before);
+}
+
+// Two trees made in turn share chunks; freeing nodes of both in one batch,
+// then each tree on its own, leaves the rest of each intact and nothing held.
+TEST(NodePool, InterleavedNodesOfTwoTreesAreFreed) {
+  const std::size_t before = detail::NodePoolStats().ChunksHeld;
+  {
+    std::vector<std::unique_ptr<THtXMLNode>> docs;
+    for (int i = 0; i < 6; ++i)
+      docs.push_back(std::make_unique<THtXMLNode>(catalogue(300)));
+    {
+      detail::TPoolFreeBatch batch;
+      for (int k = 0; k < 100; ++k)
+        for (size_t d = 0; d < 2; ++d)
+          docs[d]->DeleteChild(docs[d]->GetNode(k));
+    }
+    for (size_t d = 0; d < 2; ++d) {
+      THtNode* root = docs[d].get();
+      ASSERT_EQ(root->GetCount(), 200);
+      EXPECT_EQ(root->GetNode(0)->GetAttribute(u"id"), u"1");
+      EXPECT_EQ(root->GetNode(199)->FindNode(u"name")->TextContent(), u"Item 299");
+    }
+    // Every other document goes on another thread while this one frees the rest.
+    std::thread other([&] {
+      for (size_t d = 0; d < docs.size(); d += 2)
+        docs[d].reset();
+    });
+    for (size_t d = 1; d < docs.size(); d += 2)
+      docs[d].reset();
+    other.join();
+  }
+  THtXMLNode again(catalogue(10));
+  EXPECT_EQ(again.GetCount(), 10);
+  EXPECT_LE(detail::NodePoolStats().ChunksHeld, before + 1);
 }
 
 TEST(NodePool, JsonAndHtmlTreesUseThePoolToo) {
