@@ -160,7 +160,8 @@ const hstring& InternName(THtStringRecDictionary& Dict, const char16_t* p, int L
     return kEmpty;
   THtStringRec* rec = Dict.Get(p, Len);
   if (!rec) {
-    rec = new THtStringRec(hstring::ForTree(p, static_cast<size_t>(Len)));
+    // A lasting name: the many copies in a tree cost no count.
+    rec = new THtStringRec(hstring::Interned(p, static_cast<size_t>(Len)));
     Dict.AddObject(rec); // the dictionary owns its records
   }
   return rec->Value;
@@ -172,7 +173,7 @@ const hstring& InternName(THtStringRecDictionary& Dict, const hstring& Name) {
     return kEmpty;
   THtStringRec* rec = Dict.Get(Name);
   if (!rec) {
-    rec = new THtStringRec(Name);
+    rec = new THtStringRec(Name.size() <= 64 ? hstring::Interned(Name.view()) : Name);
     Dict.AddObject(rec);
   }
   return rec->Value;

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <typeinfo>
 #include <unordered_set>
 
 namespace ht {
@@ -186,6 +187,12 @@ void THtNodeList::Reorder(const std::vector<THtNode*>& Items) {
 }
 
 void THtNodeList::ClearNoFree() {
+  // A plain list has no one to tell: a tree being freed empties each of its
+  // lists without a call per item.
+  if (typeid(*this) == typeid(THtNodeList)) {
+    ForgetAll();
+    return;
+  }
   bool owns = OwnsObjects();
   SetOwnsObjects(false);
   THtObjectList::Clear();

@@ -81,7 +81,7 @@ public:
     for (size_t i = h & mask;; i = (i + 1) & mask) {
       uint32_t s = FSlots[i];
       if (s == 0) {
-        Names.emplace_back().Name = hstring::ForTree(p, n);
+        Names.emplace_back().Name = hstring::Interned(p, n); // copies cost no count
         FSlots[i] = static_cast<uint32_t>(Names.size());
         if (Names.size() * 2 > FSlots.size())
           Grow();

@@ -2,7 +2,9 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <new>
+#include <vector>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -50,6 +52,87 @@ void FreeStr(void* header, size_t unit_size) noexcept {
 }
 
 void StrTooLong() { throw EOutOfMemory(); }
+
+namespace {
+
+// The lasting texts: one process-wide table, so a name copied out of a tree
+// stays valid whatever happens to the tree or the parse that made it. Its
+// size is capped: hostile input full of distinct names fills it once (about
+// 2.5 MB at most) and then gets counted texts, as before the table existed.
+constexpr size_t kInternMaxUnits = 64;
+constexpr size_t kInternMaxNames = 16384;
+
+struct TInternSlot {
+  StrHeader* Text = nullptr;
+  uint32_t Hash = 0;
+  uint32_t UnitSize = 0;
+};
+
+struct TInternTable {
+  std::mutex Lock;
+  std::vector<TInternSlot> Slots = std::vector<TInternSlot>(1024);
+  size_t Count = 0;
+};
+
+TInternTable& intern_table() {
+  static TInternTable* t = new TInternTable; // never freed: its texts last until exit
+  return *t;
+}
+
+uint32_t hash_bytes(const void* p, size_t n) noexcept {
+  auto* b = static_cast<const unsigned char*>(p);
+  uint32_t h = 2166136261u;
+  for (size_t i = 0; i < n; ++i)
+    h = (h ^ b[i]) * 16777619u;
+  return h;
+}
+
+void place(std::vector<TInternSlot>& slots, const TInternSlot& s) noexcept {
+  size_t mask = slots.size() - 1;
+  size_t i = s.Hash & mask;
+  while (slots[i].Text)
+    i = (i + 1) & mask;
+  slots[i] = s;
+}
+
+} // namespace
+
+void* InternStr(size_t unit_size, const void* units, size_t length) noexcept {
+  if (length == 0 || length > kInternMaxUnits)
+    return nullptr;
+  const size_t bytes = length * unit_size;
+  const uint32_t hash = hash_bytes(units, bytes);
+  TInternTable& t = intern_table();
+  std::lock_guard<std::mutex> lock(t.Lock);
+  size_t mask = t.Slots.size() - 1;
+  size_t i = hash & mask;
+  for (; t.Slots[i].Text; i = (i + 1) & mask) {
+    const TInternSlot& s = t.Slots[i];
+    if (s.Hash == hash && s.UnitSize == unit_size && static_cast<size_t>(s.Text->length) == length &&
+        std::memcmp(s.Text + 1, units, bytes) == 0)
+      return s.Text;
+  }
+  if (t.Count >= kInternMaxNames)
+    return nullptr;
+  void* p = std::malloc(sizeof(StrHeader) + bytes + unit_size);
+  if (!p)
+    return nullptr;
+  auto* h = new (p) StrHeader;
+  h->refs.store(kStrLasting, std::memory_order_relaxed);
+  h->length = static_cast<int32_t>(length);
+  char* text = static_cast<char*>(p) + sizeof(StrHeader);
+  std::memcpy(text, units, bytes);
+  std::memset(text + bytes, 0, unit_size);
+  t.Slots[i] = {h, hash, static_cast<uint32_t>(unit_size)};
+  if (++t.Count * 2 > t.Slots.size()) {
+    std::vector<TInternSlot> grown(t.Slots.size() * 2);
+    for (const TInternSlot& s : t.Slots)
+      if (s.Text)
+        place(grown, s);
+    t.Slots.swap(grown);
+  }
+  return h;
+}
 
 char16_t* DecodeUtf8(const uint8_t* s, const uint8_t* end, char16_t* d) noexcept {
   while (s < end) {

@@ -90,6 +90,41 @@ TEST(NodePool, CopiedTextOutlivesItsDocument) {
   EXPECT_EQ(name, u"Item 123!");
 }
 
+// Tag, attribute and key names are interned for the process: taken out of a
+// tree they stay valid after every tree and reader that used them is gone,
+// and editing a copy leaves the shared name alone.
+TEST(NodePool, InternedNamesOutliveTheirDocuments) {
+  hstring xml_tag, xml_attr, json_key, html_tag, html_attr;
+  {
+    THtXMLNode doc(catalogue(10));
+    THtNode* item = doc.GetNode(3);
+    xml_tag = item->FTag;
+    xml_attr = item->FAttributes->List[0].Name;
+    auto json = THtXMLNode::CreatefromJSON(u"{\"some_key\":\"v\"}"_hs);
+    json_key = json->FAttributes->List[0].Name;
+    THtmlNode html;
+    html.Parse(u"<section data-x=1>t</section>"_hs);
+    THtNode* sec = html.FindNode(u"section");
+    ASSERT_NE(sec, nullptr);
+    html_tag = sec->FTag;
+    html_attr = sec->FAttributes->List[0].Name;
+  }
+  EXPECT_EQ(xml_tag, u"item");
+  EXPECT_EQ(xml_attr, u"id");
+  EXPECT_EQ(json_key, u"some_key");
+  EXPECT_EQ(html_tag, u"section");
+  EXPECT_EQ(html_attr, u"data-x");
+  hstring edit = xml_tag;
+  edit.UniqueData()[0] = u'I';
+  EXPECT_EQ(edit, u"Item");
+  THtXMLNode again(catalogue(5));
+  EXPECT_EQ(again.GetNode(0)->FTag, u"item");
+  // The same text, unless other documents of this program have filled the table.
+  if (xml_tag.RefCount() < 0) {
+    EXPECT_EQ(again.GetNode(0)->FTag.Pointer(), xml_tag.Pointer());
+  }
+}
+
 // Short texts of a parsed tree lie in the pool; a copy taken out keeps its
 // block (and so its chunk) alive after the document has gone, and frees it
 // when the last copy goes, on whichever thread.

@@ -3,9 +3,12 @@
 #include "htcore/foundation/hstring.h"
 #include "htcore/foundation/startup.h"
 
+#include <cstdlib>
 #include <gtest/gtest.h>
+#include <string>
 #include <thread>
 #include <unordered_set>
+#include <vector>
 
 using namespace ht;
 
@@ -33,6 +36,78 @@ TEST(HString, CopyOnWriteSharesUntilUnique) {
   const char16_t* before = b.Pointer();
   b.UniqueData();
   EXPECT_EQ(b.Pointer(), before); // already private: no copy
+}
+
+// Interned names: one text per name for the process, copies uncounted,
+// writes through a copy never reach the shared text.
+TEST(HString, InternedNamesAreSharedAndLasting) {
+  hstring a = hstring::Interned(u"interned-name-a", 15);
+  hstring b = hstring::Interned(std::u16string_view(u"interned-name-a"));
+  EXPECT_EQ(a.Pointer(), b.Pointer());
+  EXPECT_EQ(a.c_str()[15], u'\0');
+  const int count = a.RefCount();
+  EXPECT_LT(count, 0);
+  {
+    std::vector<hstring> copies(100, a);
+    hstring moved = std::move(copies.back());
+    EXPECT_EQ(a.RefCount(), count);
+  }
+  EXPECT_EQ(a.RefCount(), count);
+  EXPECT_FALSE(a.IsUnique());
+  hstring edit = a;
+  edit.UniqueData()[0] = u'I';
+  edit += u"!";
+  EXPECT_EQ(edit, u"Interned-name-a!");
+  EXPECT_EQ(a, u"interned-name-a");
+  hstring cut = b;
+  cut.Truncate(3);
+  EXPECT_EQ(cut, u"int");
+  EXPECT_EQ(b, u"interned-name-a");
+  EXPECT_NE(hstring::Interned(u"interned-name-b").Pointer(), a.Pointer());
+  EXPECT_TRUE(hstring::Interned(u"", 0).empty());
+  // Byte strings keep their own entries, even for the same bytes.
+  RawByteString r = RawByteString::Interned("interned-name-a", 15);
+  EXPECT_EQ(r, "interned-name-a");
+  EXPECT_NE(static_cast<const void*>(r.Pointer()), static_cast<const void*>(a.Pointer()));
+  // Long names are counted texts.
+  hstring long_name = hstring::Interned(std::u16string(65, u'x'));
+  EXPECT_EQ(long_name.RefCount(), 1);
+  // Many threads copying and dropping one name: nothing is written.
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t)
+    threads.emplace_back([a] {
+      for (int i = 0; i < 10000; ++i) {
+        hstring c = a;
+        (void)c;
+      }
+    });
+  for (auto& t : threads)
+    t.join();
+  EXPECT_EQ(a.RefCount(), count);
+}
+
+// Hostile input with endless distinct names fills the table once; later
+// names are counted texts and still compare and live as usual. Run in a child
+// process, so the rest of the program keeps an unfilled table.
+TEST(HStringDeathTest, InternTableIsCapped) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        hstring kept = hstring::Interned(u"kept-name");
+        bool ok = true;
+        int counted = 0;
+        for (int i = 0; i < 40000; ++i) {
+          const std::string digits = std::to_string(i);
+          const std::u16string n = u"n" + std::u16string(digits.begin(), digits.end());
+          hstring s = hstring::Interned(n);
+          ok = ok && s == std::u16string_view(n);
+          counted += s.RefCount() == 1;
+        }
+        ok = ok && counted > 20000 && counted < 40000;
+        ok = ok && hstring::Interned(u"kept-name").Pointer() == kept.Pointer();
+        std::exit(ok ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
 }
 
 TEST(HString, AppendsPartsOfItselfWhateverTheSharing) {

@@ -9,6 +9,9 @@
 //   std::string out = (s + u", " + t).toUtf8();
 //   char16_t* p = s.UniqueData();          // private copy before writing
 //
+// Names a reader meets (tags, attribute names, keys) are made with Interned:
+// one text per name for the whole process, whose copies cost no count.
+//
 // RawByteString is the 8-bit twin with the same sharing rules; UTF8String is a
 // RawByteString whose bytes are UTF-8. Positions are 0-based in member
 // functions and 1-based (0 = none) in the free functions of text_utils.h.
@@ -31,16 +34,22 @@ using TBytes = std::vector<uint8_t>;
 
 namespace detail {
 
+// refs counts the handles; a lasting text (Interned) has a negative count
+// that never changes, so copying and releasing it touch nothing.
 struct StrHeader {
   std::atomic<int32_t> refs;
   int32_t length;
 };
+inline constexpr int32_t kStrLasting = INT32_MIN / 2;
 
 void* AllocStr(size_t unit_size, size_t length); // header + units + NUL, refs = 1
 // As AllocStr, from the node pool inside a TNodePoolScope when short.
 void* AllocTreeStr(size_t unit_size, size_t length);
 void FreeStr(void* header, size_t unit_size) noexcept;
 [[noreturn]] void StrTooLong();
+// The lasting text of these units (header), made on first request; null for
+// a long text or once the process-wide table is full.
+void* InternStr(size_t unit_size, const void* units, size_t length) noexcept;
 
 } // namespace detail
 
@@ -64,17 +73,13 @@ public:
                std::is_convertible_v<const T&, std::string_view>) explicit basic_hstring(const T& utf8) {
     *this = FromUtf8(std::string_view(utf8));
   }
-  basic_hstring(const basic_hstring& o) noexcept : data_(o.data_) {
-    if (data_)
-      Header()->refs.fetch_add(1, std::memory_order_relaxed);
-  }
+  basic_hstring(const basic_hstring& o) noexcept : data_(o.data_) { AddRef(); }
   basic_hstring(basic_hstring&& o) noexcept : data_(o.data_) { o.data_ = nullptr; }
   ~basic_hstring() { Release(); }
 
   basic_hstring& operator=(const basic_hstring& o) noexcept {
     if (o.data_ != data_) {
-      if (o.data_)
-        o.Header()->refs.fetch_add(1, std::memory_order_relaxed);
+      o.AddRef();
       Release();
       data_ = o.data_;
     }
@@ -116,6 +121,7 @@ public:
     return data_;
   }
   bool IsUnique() const noexcept { return !data_ || Header()->refs.load(std::memory_order_acquire) == 1; }
+  // The handles sharing the text; negative for a lasting (interned) text.
   int RefCount() const noexcept { return data_ ? Header()->refs.load(std::memory_order_relaxed) : 0; }
 
   // Resizes to n units, keeping the common prefix; new units are not initialised.
@@ -236,6 +242,22 @@ public:
   }
   static basic_hstring ForTree(view_type v) { return ForTree(v.data(), v.size()); }
 
+  // The one text of these units for the whole process, kept until it ends:
+  // for names, which repeat in every document and across documents. Copies
+  // and releases are free. A long name, or any name once the table holds its
+  // fixed maximum (hostile input), is made as ForTree instead.
+  static basic_hstring Interned(const CharT* s, size_t n) {
+    if (n == 0)
+      return basic_hstring();
+    if (void* h = detail::InternStr(sizeof(CharT), s, n)) {
+      basic_hstring r;
+      r.data_ = reinterpret_cast<CharT*>(static_cast<char*>(h) + sizeof(detail::StrHeader));
+      return r;
+    }
+    return ForTree(s, n);
+  }
+  static basic_hstring Interned(view_type v) { return Interned(v.data(), v.size()); }
+
   // Substring by 0-based offset, clamped to the text.
   basic_hstring substr(size_t pos, size_t n = static_cast<size_t>(-1)) const {
     size_t len = size();
@@ -256,8 +278,17 @@ private:
   detail::StrHeader* Header() const noexcept {
     return reinterpret_cast<detail::StrHeader*>(reinterpret_cast<char*>(data_) - sizeof(detail::StrHeader));
   }
+  // A lasting text is told by a plain load, so its counter's cache line is
+  // only ever read, however many threads copy it.
+  void AddRef() const noexcept {
+    if (data_ && Header()->refs.load(std::memory_order_relaxed) >= 0)
+      Header()->refs.fetch_add(1, std::memory_order_relaxed);
+  }
   void Release() noexcept {
-    if (data_ && Header()->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+    if (!data_)
+      return;
+    std::atomic<int32_t>& refs = Header()->refs;
+    if (refs.load(std::memory_order_relaxed) >= 0 && refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
       detail::FreeStr(Header(), sizeof(CharT));
   }
   // Replaces the content with n units from s (uninitialised when s is null).

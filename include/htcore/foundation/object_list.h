@@ -135,6 +135,9 @@ protected:
   // Called after an item joined (lnAdded) or left the list; the base class
   // frees a deleted item when owning.
   virtual void Notify(TObject* Ptr, TListNotification Action);
+  // Empties the list and frees its array, neither freeing nor notifying the
+  // items: for a subclass that has taken them over and knows no one listens.
+  void ForgetAll() noexcept { decltype(FList)().swap(FList); }
 
 private:
   void Check(int Index) const {
