@@ -331,6 +331,8 @@ template <class Unit> void TJSONReader<Unit>::Escape(const Unit*& q) {
   if constexpr (kBytes) {
     // The decoder looks up to eleven units ahead and stops at a NUL, which
     // a byte slice does not have: near the end it reads a padded copy.
+    if (q == end)
+      give_up(); // a backslash as the last byte: "Unterminated string"
     if (q[0] == 'x' && ((end - q > 1 && q[1] >= 0x80) || (end - q > 2 && q[2] >= 0x80)))
       give_up(); // takes the units of decoded text
     if (end - q < 12) {

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -46,8 +48,11 @@ template <class F> std::string outcome(F&& read) {
   }
 }
 
+// The bytes in a block of their exact size, so a read past the end is caught.
 std::string from_bytes(const std::string& bytes) {
-  return outcome([&](THtXMLNode& n) { SetJSONUtf8(n, bytes); });
+  std::unique_ptr<char[]> exact(new char[bytes.size()]);
+  std::memcpy(exact.get(), bytes.data(), bytes.size());
+  return outcome([&](THtXMLNode& n) { SetJSONUtf8(n, std::string_view(exact.get(), bytes.size())); });
 }
 
 std::string from_units(const std::string& bytes) {
@@ -161,6 +166,11 @@ TEST(JsonReaderUtf8, ErrorsAreThoseOfTheTextEntry) {
   };
   for (const auto& [in, msg] : cases)
     EXPECT_EQ(from_bytes(in), "error: " + msg) << in;
+  // Texts cut inside an escape, at the very end of the bytes.
+  for (std::string in : {"\"abc\\", "{\"k\": \"eslint \\", "[\"\\u12", "[\"\\x4", "[\"\xC3\xA9\\"}) {
+    EXPECT_EQ(from_bytes(in).rfind("error: ", 0), 0u) << in;
+    EXPECT_EQ(from_bytes(in), from_units(in)) << in;
+  }
 }
 
 TEST(JsonReaderUtf8, TextsOutliveTheirDocument) {
