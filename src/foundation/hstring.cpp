@@ -1,4 +1,5 @@
 #include "htcore/foundation/hstring.h"
+#include "htcore/foundation/hash.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -79,14 +80,6 @@ TInternTable& intern_table() {
   return *t;
 }
 
-uint32_t hash_bytes(const void* p, size_t n) noexcept {
-  auto* b = static_cast<const unsigned char*>(p);
-  uint32_t h = 2166136261u;
-  for (size_t i = 0; i < n; ++i)
-    h = (h ^ b[i]) * 16777619u;
-  return h;
-}
-
 void place(std::vector<TInternSlot>& slots, const TInternSlot& s) noexcept {
   size_t mask = slots.size() - 1;
   size_t i = s.Hash & mask;
@@ -101,7 +94,7 @@ void* InternStr(size_t unit_size, const void* units, size_t length) noexcept {
   if (length == 0 || length > kInternMaxUnits)
     return nullptr;
   const size_t bytes = length * unit_size;
-  const uint32_t hash = hash_bytes(units, bytes);
+  const uint32_t hash = JenkinsHashANSI(static_cast<const char*>(units), static_cast<int>(bytes));
   TInternTable& t = intern_table();
   std::lock_guard<std::mutex> lock(t.Lock);
   size_t mask = t.Slots.size() - 1;

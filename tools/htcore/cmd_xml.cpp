@@ -106,12 +106,9 @@ int CmdJson(int argc, char** argv) {
     return 1;
   try {
     // UTF-8 (the usual case) is read as bytes, without a UTF-16 copy.
-    size_t mark;
-    std::string_view utf8 = bytes;
-    if (utf8.substr(0, 3) == "\xEF\xBB\xBF")
-      utf8.remove_prefix(3);
-    auto doc = Utf16Order(bytes, mark) == uoNone ? ht::JSONUtf8toXMLNode(utf8)
-                                                 : ht::THtXMLNode::CreatefromJSON(TextOfBytes(bytes));
+    std::string_view utf8;
+    auto doc = Utf8OfBytes(bytes, utf8) ? ht::JSONUtf8toXMLNode(utf8)
+                                        : ht::THtXMLNode::CreatefromJSON(TextOfBytes(bytes));
     return WriteOut(formatted_xml(*doc));
   } catch (const std::exception& e) {
     return Fail(std::string(argv[1]) + ": " + e.what());

@@ -86,6 +86,9 @@ ht::hstring Utf16Text(std::string_view bytes, TUtf16Order order);
 // Text bytes of a data file: UTF-16 by Utf16Order, otherwise UTF-8 with an
 // optional mark.
 ht::hstring TextOfBytes(std::string_view bytes);
+// The UTF-8 of a data file without its mark, for readers of bytes; false for
+// UTF-16, which TextOfBytes decodes.
+bool Utf8OfBytes(std::string_view bytes, std::string_view& utf8);
 
 // A stream of UTF-8 over a source in UTF-16 of either order (by Utf16Order)
 // or already in UTF-8 or another 8-bit encoding, which passes as it is; for

@@ -49,14 +49,21 @@ ht::hstring Utf16Text(std::string_view bytes, TUtf16Order order) {
   return s;
 }
 
+bool Utf8OfBytes(std::string_view bytes, std::string_view& utf8) {
+  size_t mark;
+  if (Utf16Order(bytes, mark) != uoNone)
+    return false;
+  utf8 = bytes.substr(0, 3) == "\xEF\xBB\xBF" ? bytes.substr(3) : bytes;
+  return true;
+}
+
 ht::hstring TextOfBytes(std::string_view bytes) {
+  std::string_view utf8;
+  if (Utf8OfBytes(bytes, utf8))
+    return ht::Utf8ToHString(utf8);
   size_t mark;
   TUtf16Order order = Utf16Order(bytes, mark);
-  if (order != uoNone)
-    return Utf16Text(bytes.substr(mark), order);
-  if (bytes.substr(0, 3) == "\xEF\xBB\xBF")
-    bytes.remove_prefix(3);
-  return ht::Utf8ToHString(bytes);
+  return Utf16Text(bytes.substr(mark), order);
 }
 
 TUtf8Stream::TUtf8Stream(ht::TStream& source) : FSource(source) {
